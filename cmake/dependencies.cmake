@@ -1,0 +1,6 @@
+# Everything the project links, from Debian's packages (packaging/debian-packages.txt names them once).
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+find_package(OpenSSL REQUIRED)
+pkg_check_modules(LMDB REQUIRED IMPORTED_TARGET lmdb)
+pkg_check_modules(JANSSON REQUIRED IMPORTED_TARGET jansson)

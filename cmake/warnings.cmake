@@ -1,0 +1,14 @@
+# Warnings are errors, in every target.
+add_compile_options(
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wcast-qual -Wformat=2 -Wundef
+  -Wno-format-nonliteral -Werror)
+add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>)
+add_compile_options(-fstack-protector-strong)
+add_link_options(-Wl,-z,relro,-z,now)
+if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug" AND NOT TW_SANITIZE)
+  add_compile_definitions($<$<CONFIG:Release,RelWithDebInfo>:_FORTIFY_SOURCE=2>)
+endif()
+if(TW_SANITIZE)
+  add_compile_options(-fsanitize=${TW_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${TW_SANITIZE})
+endif()

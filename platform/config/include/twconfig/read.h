@@ -1,0 +1,49 @@
+/* Reading many values at once without copies: what record loaders and scans are built on. */
+#ifndef TWCONFIG_READ_H
+#define TWCONFIG_READ_H
+
+#include <twconfig/types.h>
+
+CFG_BEGIN
+
+/** A value as the store holds it. Borrowed until the next change, commit, abandon, refresh, park or close. */
+typedef struct cfg_value {
+  cfg_kind kind;    /**< CFG_NONE when the key is absent */
+  int32_t number;   /**< the integer, or 0 or 1 for a boolean */
+  const char *data; /**< string, reference (both end with NUL) or blob; NULL for other kinds */
+  size_t length;    /**< bytes of `data`, the NUL not counted */
+} cfg_value;
+
+/**
+ * A fixed list of keys that one piece of code reads together. Keep it in static storage: a handle remembers,
+ * per key set, where maps of one shape keep these keys, and finds that again by the address of the set.
+ */
+typedef struct cfg_keyset {
+  const char *const *keys; /**< keys, taken literally */
+  size_t count;
+} cfg_keyset;
+
+/** Reads all keys of a set from a map into `values` (room for set->count). 0 when `map` is no map. */
+CFG_API int cfg_map_read(cfg_elem *map, const cfg_keyset *set, cfg_value *values) CFG_NOEXCEPT;
+
+/** 1 when the map holds the key; makes no handle for it. */
+CFG_API int cfg_map_has(cfg_elem *map, const char *key) CFG_NOEXCEPT;
+
+/** The value of a scalar element without a copy; kind only for maps and lists. */
+CFG_API int cfg_elem_read(cfg_elem *elem, cfg_value *value) CFG_NOEXCEPT;
+
+/**
+ * Called with each committed entry's index and its values; all are CFG_NONE for an entry that is no map.
+ * Returns 0 to end the scan.
+ */
+typedef int (*cfg_scan_visitor)(void *context, int32_t index, const cfg_value *values);
+/**
+ * Reads a key set from every committed entry of a list, in list order, making no handles: the cost of a scan
+ * of those keys. The visitor must not change the store. 1 when every entry was visited or the visitor ended
+ * it.
+ */
+CFG_API int cfg_list_scan(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor visit,
+                          void *context) CFG_NOEXCEPT;
+
+CFG_END
+#endif
