@@ -7,6 +7,7 @@ const std::vector<Peer> &peers() {
     {"LMDB, hand-packed", "", at_most(1.5), make_packed_lmdb},
 #if TW_BENCH_WITH_PROTOBUF
     {"LMDB + protobuf", "", times_faster(2), make_protobuf_lmdb},
+    {"LMDB + protobuf, messages kept", "", Target{}, make_kept_protobuf_lmdb},
 #else
     {"LMDB + protobuf", "libprotobuf-dev or protobuf-compiler was missing", times_faster(2), nullptr},
 #endif

@@ -34,6 +34,7 @@ class CopyingReader : public NodeReader {
 // The peers, filled with the nodes; `directory` is empty and theirs alone.
 using MakeReader = std::unique_ptr<NodeReader>(std::span<const Node> nodes, FieldSet set,
                                                const std::string &directory);
-MakeReader make_strdups, make_packed_lmdb, make_protobuf_lmdb, make_sqlite, make_libyang;
+MakeReader make_strdups, make_packed_lmdb, make_protobuf_lmdb, make_kept_protobuf_lmdb, make_sqlite,
+    make_libyang;
 
 }  // namespace bench
