@@ -154,6 +154,20 @@ TEST(ConditionTree, HasAtMost4096Nodes) {
   cfg_free_conditions(top);
 }
 
+TEST(ConditionTree, CountsTheNodesOfTreesThatAreJoined) {
+  cfg_condition *top = cfg_new_and_condition();
+  for (int i = 0; i < 1365; ++i) {  // 1 + 1365 * 3 = 4096
+    cfg_condition *three = cfg_new_and_condition();
+    ASSERT_EQ(cfg_condition_add_child(three, leaf()), 1);
+    ASSERT_EQ(cfg_condition_add_child(three, leaf()), 1);
+    ASSERT_EQ(cfg_condition_add_child(top, three), 1) << i;
+  }
+  cfg_condition *one = leaf();
+  EXPECT_EQ(cfg_condition_add_child(top, one), 0);
+  cfg_free_conditions(one);
+  cfg_free_conditions(top);
+}
+
 TEST(ConditionMeaning, StringEqualityNeedsKindAndEveryByte) {
   Entry entry;
   entry.set("name", CFG_STRING, "eth0");

@@ -253,7 +253,9 @@ TEST_F(Log, AFullStderrDropsAndCountsLines) {
 TEST_F(Log, AClosedStderrIsNoHarm) {
   const int before = dup(STDERR_FILENO);
   close(STDERR_FILENO);
+  errno = ENOENT;
   twlog_log_prio_codepos("f", "g", 1, 3, "m");
+  EXPECT_EQ(errno, ENOENT) << "kept when the output fails as well";
   const int taken = open("/dev/null", O_RDWR | O_CLOEXEC);
   EXPECT_EQ(taken, STDERR_FILENO) << "nothing else may have taken the number";
   dup2(before, STDERR_FILENO);
