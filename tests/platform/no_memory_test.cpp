@@ -2,8 +2,7 @@
 // and release what it had. The allocator of this program counts for the libraries as well.
 #include <gtest/gtest.h>
 #include <sys/socket.h>
-#include <twconfig/condition.h>
-#include <twconfig/transport.h>
+#include <twconfig.h>
 #include <twlog.h>
 #include <twmisc.h>
 #include <unistd.h>
@@ -15,8 +14,6 @@
 #include <cstring>
 #include <functional>
 #include <string>
-
-#include "message.hpp"
 
 extern "C" {
 void *__libc_malloc(size_t);
@@ -138,12 +135,16 @@ TEST(NoMemory, AMessageThatCannotBeMadeReleasesItsArguments) {
             1);
 }
 
-TEST(NoMemory, AListThatCannotTakeAMessageIsUnchanged) {
+TEST(NoMemory, AnEditThatCannotTakeAMessageHasNone) {
   EXPECT_GT(fail_each_allocation([] {
-              twcfg::MessageList list;
-              const bool added = list.add_unexpected("src/users", 120);
-              EXPECT_EQ(list.size(), added ? 1 : 0);
-              return added;
+              const long left = allocations_left.exchange(-1);
+              cfg *store = cfg_open_memory(nullptr, nullptr);
+              allocations_left = left;
+              const int added = cfg_message_add_unexpected(store, "src/users", 120);
+              allocations_left = -1;
+              EXPECT_EQ(cfg_get_message_count(store), added);
+              cfg_close(store);
+              return added == 1;
             }),
             4);
 }
