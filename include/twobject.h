@@ -1,0 +1,17 @@
+/*
+ * libtwobject: the appliance's configuration as typed records.
+ *
+ * A record is read from the store, looked at and changed with getters and setters, written back with its save
+ * function and released with its free function. The rules that hold for every function stand, numbered, in
+ * twobject/common.h.
+ */
+#ifndef TWOBJECT_H
+#define TWOBJECT_H
+
+#include <twobject/certificate.h>
+#include <twobject/common.h>
+#include <twobject/enrollment.h>
+#include <twobject/node.h>
+#include <twobject/system.h>
+
+#endif
