@@ -35,19 +35,17 @@ const cfg_etag *find(cfg_node *node, const char *name) noexcept {
 
 const tw::tables tw::etag_tables = lists;
 
-bool tw::load_etags(cfg_node &node, cfg_elem *elem) {
+void tw::load_etags(cfg_node &node, cfg_elem *elem) {
   cfg_elem *list = cfg_simple_get_mapelem(node.cfg, elem, "etags");
   int32_t size = 0;
-  if (!cfg_list_size(list, &size)) return true;
+  if (!cfg_list_size(list, &size)) return;
   std::vector<cfg_etag> etags(static_cast<size_t>(size));
   for (int32_t i = 0; i < size; ++i) {
     cfg_etag &etag = etags[static_cast<size_t>(i)];
     cfg_elem *entry = cfg_simple_get_listelem(node.cfg, list, i);
-    if (cfg_elem_kind(entry) != CFG_MAP) continue;
-    if (!tw::take_uuid(etag.uuid, entry) || !tw::load(etag_keys, etag, entry)) return false;
+    if (tw::load(etag_keys, etag, entry)) tw::take_uuid(etag.uuid, entry);
   }
   node.etags = std::move(etags);
-  return true;
 }
 
 int32_t cfg_node_get_etag_count(cfg_node *node) noexcept {
