@@ -336,12 +336,22 @@ Head *new_head(Store &store, Node *node) {
   return head;
 }
 
-Head *result_head(Store &store, SearchResult *result) {
-  static constexpr char kResultId[] = "{search}";
-  Head *head = allocate(store, kResultId);
-  head->kind = CFG_LIST;
-  head->result = result;
-  return head;
+Head *result_head(Store &store, std::vector<Head *> entries) {
+  SearchResult *result = nullptr;
+  if (store.idle_results.empty()) {
+    auto fresh = std::make_unique<SearchResult>();
+    fresh->head = allocate(store, "{search}");
+    fresh->head->kind = CFG_LIST;
+    fresh->head->result = fresh.get();
+    result = fresh.get();
+    store.results.push_back(std::move(fresh));
+  } else {
+    result = store.idle_results.back();
+    store.idle_results.pop_back();
+  }
+  result->entries = std::move(entries);
+  result->idle = false;
+  return result->head;
 }
 
 Head *holder_of(Head *head) {

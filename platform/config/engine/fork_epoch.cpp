@@ -16,8 +16,8 @@ struct Orphan {
 std::atomic<Orphan *> orphans{nullptr};
 
 // Never destroyed: handles may be closed by destructors that run after those of this file.
-std::recursive_mutex &mutex() {
-  static auto *const instance = new std::recursive_mutex;
+std::mutex &mutex() {
+  static auto *const instance = new std::mutex;
   return *instance;
 }
 
@@ -35,7 +35,7 @@ const bool registered = [] {
 
 std::uint64_t fork_epoch() { return epoch.load(std::memory_order_relaxed); }
 
-std::recursive_mutex &fork_safe_mutex() { return mutex(); }
+std::mutex &fork_safe_mutex() { return mutex(); }
 
 void abandon_after_fork(void *orphan) {
   auto *node = new Orphan{orphan, orphans.load()};

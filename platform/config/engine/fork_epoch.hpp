@@ -9,9 +9,8 @@ namespace twcfg {
 // A number that is another one in every child. Cheap enough to ask on every read.
 std::uint64_t fork_epoch();
 
-// Held over every fork(), so that a child never inherits what it guards half changed. Recursive: who holds it
-// may have to destroy an object whose destructor takes it.
-std::recursive_mutex &fork_safe_mutex();
+// Held over every fork(), so that a child never inherits what it guards half changed.
+std::mutex &fork_safe_mutex();
 
 // Keeps `orphan`, which a child must neither use nor release, reachable for leak checkers.
 void abandon_after_fork(void *orphan);

@@ -19,28 +19,39 @@ class Registry {
   template <class Make>
   std::shared_ptr<T> get(const Id &id, Make make) {
     const Slot slot{fork_epoch(), id};
+    // Declared before the lock: should one of them have to be destroyed here, its end takes the mutex.
+    std::unique_ptr<T, Forget> made(nullptr, Forget{this, slot});
+    std::shared_ptr<T> shared;
     std::unique_lock lock(fork_safe_mutex());
     for (auto found = living_.find(slot); found != living_.end(); found = living_.find(slot)) {
-      if (auto shared = found->second.lock()) return shared;
+      shared = found->second.lock();
+      if (shared) return shared;
       gone_.wait(lock);
     }
-    std::unique_ptr<T> made = make();
-    if (!made) return nullptr;
-    std::shared_ptr<T> shared(made.release(), [this, slot](T *last) {
-      delete last;
-      const std::lock_guard guard(fork_safe_mutex());
-      living_.erase(slot);
-      gone_.notify_all();
-    });
-    living_[slot] = shared;
+    std::unique_ptr<T> fresh = make();
+    if (!fresh) return nullptr;
+    std::weak_ptr<T> &entry = living_[slot];  // from here on others wait, whatever happens
+    made.reset(fresh.release());
+    shared = std::move(made);
+    entry = shared;
     return shared;
   }
 
  private:
   // A child starts with an empty registry: its parent's entries belong to another epoch.
   using Slot = std::pair<std::uint64_t, Id>;
+  struct Forget {
+    Registry *registry;
+    Slot slot;
+    void operator()(T *last) const {
+      delete last;
+      const std::lock_guard guard(fork_safe_mutex());
+      registry->living_.erase(slot);
+      registry->gone_.notify_all();
+    }
+  };
   std::map<Slot, std::weak_ptr<T>> living_;
-  std::condition_variable_any gone_;
+  std::condition_variable gone_;
 };
 
 }  // namespace twcfg
