@@ -22,6 +22,8 @@ bool fails() {
 
 }  // namespace
 
+// Visible, because the sanitizers' runtime may refer to them.
+#pragma GCC visibility push(default)
 extern "C" {
 void *__real_malloc(size_t size);
 void *__real_calloc(size_t count, size_t size);
@@ -40,6 +42,7 @@ void *__wrap__ZnwmRKSt9nothrow_t(size_t size, const std::nothrow_t &tag) {
   return fails() ? nullptr : __real__ZnwmRKSt9nothrow_t(size, tag);
 }
 }
+#pragma GCC visibility pop
 
 namespace {
 
