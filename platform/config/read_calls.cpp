@@ -7,43 +7,60 @@ using namespace twcfg;
 
 namespace {
 
-// Where the keys of a set stand in the maps of a shape: worked out once for each pair of set and shape.
-const std::int16_t *slots_of(Store &store, const cfg_keyset &set, const Shape &shape) {
-  KeysetSlots &known = store.keysets[&set];
-  if (known.names.empty()) {
-    for (std::size_t i = 0; i < set.count; ++i) known.names.push_back(store.names.intern(set.keys[i]));
+// Reads the keys of one set from map after map. Where the keys stand in the maps of a shape is worked out
+// once for each pair of set and shape.
+class KeyReader {
+ public:
+  KeyReader(Store &store, const cfg_keyset &set) : store_(store), set_(set), known_(store.keysets[&set]) {
+    if (known_.keys == set.keys && known_.names.size() == set.count) return;
+    known_ = {set.keys, {}, {}};
+    for (std::size_t i = 0; i < set.count; ++i) known_.names.push_back(store.names.intern(set.keys[i]));
   }
-  if (known.by_shape.size() <= shape.number()) known.by_shape.resize(shape.number() + 1);
-  std::vector<std::int16_t> &slots = known.by_shape[shape.number()];
-  if (slots.empty()) {
-    slots.reserve(set.count);
-    for (const KeyName *name : known.names) slots.push_back(static_cast<std::int16_t>(shape.slot(name)));
-  }
-  return slots.data();
-}
 
-bool read_map(Store &store, const Found &map, const cfg_keyset &set, cfg_value *values) {
-  if (map.kind() != CFG_MAP) return false;
-  if (MapNode *node = as_map(map.node)) {
-    for (std::size_t i = 0; i < set.count; ++i) {
-      const KeyName *name = store.names.find(set.keys[i]);
-      const MapItem *item = name == nullptr ? nullptr : node->find(name);
-      values[i] = item == nullptr ? cfg_value{} : Found{item->node, {}}.value();
+  bool read(const Found &map, cfg_value *values) {
+    if (map.node != nullptr) return read_node(map.node, values);
+    const PackedMap packed(map.stored, store_.shapes, *store_.snapshot);
+    if (!packed) return false;
+    if (packed.shape() == nullptr) {
+      for (std::size_t i = 0; i < set_.count; ++i)
+        values[i] = value_of(packed.find(set_.keys[i], store_.names));
+      return true;
+    }
+    if (packed.shape() != shape_) look_at(*packed.shape());
+    for (std::size_t i = 0; i < set_.count; ++i) {
+      values[i] = slots_[i] < 0 ? cfg_value{} : value_of(packed.child(static_cast<std::uint32_t>(slots_[i])));
     }
     return true;
   }
-  const PackedMap packed(map.stored, store.shapes, *store.snapshot);
-  if (!packed) return false;
-  if (packed.shape() == nullptr) {
-    for (std::size_t i = 0; i < set.count; ++i) values[i] = value_of(packed.find(set.keys[i], store.names));
+
+ private:
+  bool read_node(Node *node, cfg_value *values) {
+    MapNode *map = as_map(node);
+    if (map == nullptr) return false;
+    for (std::size_t i = 0; i < set_.count; ++i) {
+      const MapItem *item = map->find(known_.names[i]);
+      values[i] = item == nullptr || item->node == nullptr ? cfg_value{} : value_of(*item->node);
+    }
     return true;
   }
-  const std::int16_t *slots = slots_of(store, set, *packed.shape());
-  for (std::size_t i = 0; i < set.count; ++i) {
-    values[i] = slots[i] < 0 ? cfg_value{} : value_of(packed.child(static_cast<std::uint32_t>(slots[i])));
+
+  void look_at(const Shape &shape) {
+    if (known_.by_shape.size() <= shape.number()) known_.by_shape.resize(shape.number() + 1);
+    std::vector<std::int16_t> &slots = known_.by_shape[shape.number()];
+    if (slots.empty()) {
+      slots.reserve(set_.count);
+      for (const KeyName *name : known_.names) slots.push_back(static_cast<std::int16_t>(shape.slot(name)));
+    }
+    shape_ = &shape;
+    slots_ = slots.data();
   }
-  return true;
-}
+
+  Store &store_;
+  const cfg_keyset &set_;
+  KeysetSlots &known_;
+  const Shape *shape_ = nullptr;
+  const std::int16_t *slots_ = nullptr;
+};
 
 bool sound(const cfg_keyset *set) { return set != nullptr && set->keys != nullptr && set->count > 0; }
 
@@ -56,7 +73,7 @@ int cfg_map_read(cfg_elem *map, const cfg_keyset *set, cfg_value *values) noexce
     Head *head = bound(map);
     if (head == nullptr) return 0;
     if (head->kind != CFG_MAP) return store->fail(CFG_E_ARGUMENT, "\"%s\" is no map", head->id());
-    return read_map(*store, {head->node, head->stored}, *set, values) ? 1 : 0;
+    return KeyReader(*store, *set).read({head->node, head->stored}, values) ? 1 : 0;
   });
 }
 
@@ -86,8 +103,9 @@ int cfg_list_scan(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor visit,
     Head *head = checked(store, list, CFG_LIST);
     if (head == nullptr) return 0;
     std::vector<cfg_value> values(set->count);
+    KeyReader reader(*store, *set);
     const auto visit_entry = [&](std::int32_t index, const Found &entry) {
-      if (!read_map(*store, entry, *set, values.data())) values.assign(set->count, cfg_value{});
+      if (!reader.read(entry, values.data())) values.assign(set->count, cfg_value{});
       return visit(context, index, values.data()) != 0;
     };
     std::int32_t index = 0;

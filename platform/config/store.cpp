@@ -39,7 +39,10 @@ twcfg::Edit &cfg::editing() {
 
 void cfg::drop_edit() {
   if (edit == nullptr) return;
-  for (twcfg::Head *head : edit->born) head->node = nullptr;
+  for (twcfg::Head *head : edit->born) {
+    head->node = nullptr;
+    ++head->own_epoch;
+  }
   edit.reset();
   ++generation;
 }

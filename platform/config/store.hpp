@@ -13,6 +13,7 @@
 #include "engine/engine.hpp"
 #include "engine/fork_epoch.hpp"
 #include "head.hpp"
+#include "head_table.hpp"
 #include "key_name.hpp"
 #include "key_space.hpp"
 #include "limits.hpp"
@@ -66,6 +67,7 @@ struct SearchResult {
 
 // Where a key set's keys stand in maps of one shape.
 struct KeysetSlots {
+  const char *const *keys = nullptr;
   std::vector<const KeyName *> names;
   std::vector<std::vector<std::int16_t>> by_shape;
 };
@@ -85,22 +87,8 @@ struct cfg {
 
   std::pmr::monotonic_buffer_resource head_arena;
   twcfg::Head *root = nullptr;
-  struct Step {
-    const twcfg::Head *parent;
-    const twcfg::KeyName *key;
-    std::uint32_t number;
-    bool operator==(const Step &) const = default;
-  };
-  struct StepHash {
-    std::size_t operator()(const Step &step) const {
-      const auto a = reinterpret_cast<std::uintptr_t>(step.parent) >> 4;
-      const auto b = reinterpret_cast<std::uintptr_t>(step.key) >> 3;
-      return (a * 0x9e3779b97f4a7c15u) ^ (b * 0xc2b2ae3d27d4eb4fu) ^ (step.number * 0x165667b19e3779f9u);
-    }
-  };
-  std::unordered_map<Step, twcfg::Head *, StepHash> children;
-  std::unordered_map<std::string_view, twcfg::Head *>
-      by_id;                        // IDs that were looked up; keys are the heads' own texts
+  twcfg::HeadTable children;        // by holder and step
+  twcfg::HeadTable by_id;           // those that were looked up, by the text of their ID
   std::string nonce;                // front of this handle's provisional IDs
   std::vector<twcfg::Head *> born;  // every new element, by the number in its ID
   std::unordered_map<const cfg_keyset *, twcfg::KeysetSlots> keysets;

@@ -35,17 +35,22 @@ const cfg_etag *find(cfg_node *node, const char *name) noexcept {
 
 const tw::tables tw::etag_tables = lists;
 
-void tw::load_etags(cfg_node &node, cfg_elem *elem) {
+bool tw::load_etags(cfg_node &node, cfg_elem *elem) {
   cfg_elem *list = cfg_simple_get_mapelem(node.cfg, elem, "etags");
   int32_t size = 0;
-  if (!cfg_list_size(list, &size)) return;
+  if (!cfg_list_size(list, &size)) return true;
   std::vector<cfg_etag> etags(static_cast<size_t>(size));
   for (int32_t i = 0; i < size; ++i) {
     cfg_etag &etag = etags[static_cast<size_t>(i)];
     cfg_elem *entry = cfg_simple_get_listelem(node.cfg, list, i);
-    if (tw::load(etag_keys, etag, entry)) tw::take_uuid(etag.uuid, entry);
+    if (tw::load(etag_keys, etag, entry)) {
+      if (!tw::take_uuid(etag.uuid, entry)) return false;
+    } else if (cfg_elem_kind(entry) == CFG_MAP) {
+      return false;  // nothing but memory can be missing
+    }
   }
   node.etags = std::move(etags);
+  return true;
 }
 
 int32_t cfg_node_get_etag_count(cfg_node *node) noexcept {

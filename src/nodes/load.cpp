@@ -54,8 +54,7 @@ constexpr tw::load_list generic({
 bool load_kind(node &record, cfg_elem *elem) {
   switch (tw::kind_of(record.product)) {
     case tw::product_kind::tarnwell:
-      tw::load_etags(record, elem);
-      if (!tw::load(tarnwell, record, elem)) return false;
+      if (!tw::load_etags(record, elem) || !tw::load(tarnwell, record, elem)) return false;
       tw::load(tarnwell_ssh, record, cfg_simple_get_mapelem(record.cfg, elem, "ssh"));
       return true;
     case tw::product_kind::credential:
