@@ -19,7 +19,8 @@ typedef struct cfg_enrollment cfg_enrollment;
  * password is generated: 64 characters from a-z, A-Z and 0-9, derived from the present second, so that
  * records made within one second share it.
  * @param product product kind, compared exactly; copied. NULL gives a record of no kind.
- * @return a record of the caller's, or NULL without a handle or memory
+ * @return a record of the caller's, or NULL when memory is short. A NULL handle gives a record that can be
+ * filled and read but never saved.
  */
 TW_API cfg_enrollment *cfg_enrollment_new(cfg *store, const char *product) TW_NOEXCEPT;
 

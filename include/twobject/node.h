@@ -23,7 +23,10 @@ typedef struct cfg_etag cfg_etag;
 
 /* ---- Creating, loading, looking up ---- */
 
-/** A record with nothing but the handle; it has no element. NULL without a handle or memory. */
+/**
+ * A record with nothing but the handle; it has no element. NULL when memory is short. A NULL handle gives a
+ * record that can be filled and read but never saved.
+ */
 TW_API cfg_node *cfg_new_node(cfg *store) TW_NOEXCEPT;
 
 /**
@@ -76,8 +79,9 @@ TW_API void cfg_node_free(cfg_node *node) TW_NOEXCEPT;
 /* ---- Identity and state ---- */
 
 /*
- * Every string setter of this header answers 0 for a NULL node, and also, deliberately, when it is given the
- * very pointer that the field holds already: the field is then unchanged.
+ * String setters of this section and the next answer 0 for a NULL node, and also, deliberately, when they are
+ * given the very pointer that the field holds already, NULL for a NULL field included: the field is then
+ * unchanged.
  */
 
 /** ID of the element; NULL in a new record. */

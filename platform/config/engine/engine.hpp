@@ -19,6 +19,12 @@
 namespace twcfg {
 
 using Key = std::uint64_t;
+// Keys of values lie below this; the engines keep the top two bits for their own records.
+inline constexpr Key kKeyLimit = Key{1} << 62;
+// The largest value and the largest log text. Values of up to about 2,000 bytes share pages; larger ones take
+// whole pages of their own.
+inline constexpr std::uint64_t kBytesLimit = std::uint64_t{1} << 30;
+inline constexpr std::size_t kTokenLimit = 1024;
 
 struct Failure {
   cfg_code code = CFG_OK;
@@ -26,14 +32,16 @@ struct Failure {
   explicit operator bool() const { return code != CFG_OK; }
 };
 
-// A value as stored. Revision 0 means absent. The bytes stay valid until their snapshot ends.
+// A value as stored. Revision 0 means absent. The bytes stay valid until their snapshot ends; they may begin
+// at any address.
 struct Stored {
   std::uint64_t revision = 0;
   std::string_view bytes;
   explicit operator bool() const { return revision != 0; }
 };
 
-// Walks keys upwards. At most one cursor step invalidates nothing: bytes live as long as the snapshot.
+// Walks keys upwards. At most one cursor step invalidates nothing: bytes live as long as the snapshot. A
+// cursor goes before its snapshot.
 class Cursor {
  public:
   virtual ~Cursor() = default;
@@ -44,7 +52,7 @@ class Cursor {
   virtual Stored value() const = 0;
 };
 
-// One consistent view of the store.
+// One consistent view of the store, used by one thread at a time.
 class Snapshot {
  public:
   virtual ~Snapshot() = default;
@@ -57,6 +65,9 @@ class Snapshot {
   virtual std::uint64_t oldest_log() = 0;
   // The revision of the kept commit that carried this token, or 0.
   virtual std::uint64_t find_token(std::string_view token) = 0;
+  // CFG_OK while every read was sound. Otherwise reads of this view gave "absent" because the files are
+  // damaged or because this is the child of a fork: an absence must not be believed.
+  virtual Failure failure() const = 0;
 };
 
 struct Write {
@@ -101,7 +112,9 @@ class Engine {
   virtual void clear_dead_readers() = 0;
 };
 
-// Handles of one process share one engine per store: asking twice for the same files gives the same engine.
+// Handles of one process share one engine per store: asking twice for the same files gives the same engine,
+// whatever the options were, so a handle that was opened for reading only refuses changes itself. The engine
+// refuses them (CFG_E_READ_ONLY) when it could not open the files for writing at all.
 std::shared_ptr<Engine> open_lmdb(const std::string &path, unsigned options, Failure &failure);
 // Engines of the same non-empty name are shared in the process; an empty name is never shared.
 std::shared_ptr<Engine> open_memory(const std::string &name);

@@ -1,0 +1,46 @@
+#include "engine/fork_epoch.hpp"
+
+#include <pthread.h>
+
+#include <atomic>
+
+namespace twcfg {
+namespace {
+
+std::atomic<std::uint64_t> epoch{1};
+
+struct Orphan {
+  void *pointer;
+  Orphan *next;
+};
+std::atomic<Orphan *> orphans{nullptr};
+
+// Never destroyed: handles may be closed by destructors that run after those of this file.
+std::mutex &mutex() {
+  static auto *const instance = new std::mutex;
+  return *instance;
+}
+
+const bool registered = [] {
+  const auto lock = [] { mutex().lock(); };
+  const auto unlock = [] { mutex().unlock(); };
+  const auto unlock_in_child = [] {
+    epoch.fetch_add(1, std::memory_order_relaxed);
+    mutex().unlock();
+  };
+  return pthread_atfork(lock, unlock, unlock_in_child) == 0;
+}();
+
+}  // namespace
+
+std::uint64_t fork_epoch() { return epoch.load(std::memory_order_relaxed); }
+
+std::mutex &fork_safe_mutex() { return mutex(); }
+
+void abandon_after_fork(void *orphan) {
+  auto *node = new Orphan{orphan, orphans.load()};
+  while (!orphans.compare_exchange_weak(node->next, node)) {
+  }
+}
+
+}  // namespace twcfg

@@ -1,0 +1,27 @@
+// Opening LMDB environments with as much address space as there is to be had.
+#pragma once
+
+#include <lmdb.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+namespace twcfg {
+
+struct EnvironmentCloser {
+  void operator()(MDB_env *env) const { mdb_env_close(env); }
+};
+using EnvironmentPointer = std::unique_ptr<MDB_env, EnvironmentCloser>;
+
+// Reserved for the map of a store. Address space costs nothing, and as long as the map is larger than the
+// file nobody has to wait until it can be moved.
+inline constexpr std::size_t kLargestMap = std::size_t{64} << 30U;
+inline constexpr std::size_t kSmallestMap = std::size_t{64} << 20U;
+// Readers of all processes together; LMDB's default of 126 is soon used up.
+inline constexpr unsigned kMaxReaders = 1022;
+
+// mdb_env_open() with a map of `map_size` bytes, or of a half, a quarter, ... when the system refuses that.
+int open_environment(const std::string &path, unsigned flags, std::size_t map_size, EnvironmentPointer &out);
+
+}  // namespace twcfg

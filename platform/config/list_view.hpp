@@ -1,0 +1,67 @@
+// A list as its readers see it: the committed entries that are still there, then the ones added in this edit.
+#pragma once
+
+#include "store.hpp"
+
+namespace twcfg {
+
+class ListView {
+ public:
+  // `list` must be bound.
+  explicit ListView(Head *list);
+  explicit operator bool() const { return sound_; }
+  std::uint32_t size() const { return size_; }
+  Head *at(std::uint32_t index);
+  // Calls visit(number, found) for each entry in order until it returns false; new entries have number 0.
+  // Makes no heads. The visitor must not change the store.
+  template <class Visit>
+  void each(Visit &&visit) const;
+  // The list number of a distant list, else 0.
+  std::uint32_t distant() const { return distant_; }
+
+ private:
+  Store &store_;
+  Head *list_;
+  ListNode *edited_ = nullptr;  // the list in memory, or the changes to a distant list
+  std::uint32_t distant_ = 0;
+  ListHead stored_head_;
+  std::uint32_t size_ = 0;
+  bool sound_ = false;
+};
+
+// The numbers of the committed entries of a distant list, in order; NULL when its head is missing.
+const std::vector<std::uint32_t> *numbers_of(Store &store, std::uint32_t list);
+
+template <class Visit>
+void ListView::each(Visit &&visit) const {
+  if (distant_ != 0) {
+    const auto cursor = store_.snapshot->cursor();
+    const bool opened = store_.edit != nullptr && !store_.edit->records.empty();
+    for (bool more = cursor->seek(make_key(distant_, 1)); more && space_of(cursor->key()) == distant_;
+         more = cursor->next()) {
+      const std::uint32_t number = item_of(cursor->key());
+      if (edited_ != nullptr && edited_->has_removed(number)) continue;
+      Found found{nullptr, packed_record(cursor->value().bytes)};
+      if (opened) {
+        const auto record = store_.edit->records.find(cursor->key());
+        if (record != store_.edit->records.end()) found = {record->second.root, {}};
+      }
+      if (!visit(number, found)) return;
+    }
+  } else if (edited_ != nullptr) {
+    for (Node *entry : edited_->entries) {
+      if (!visit(entry->number, Found{entry, {}})) return;
+    }
+  } else {
+    const PackedList packed(list_->stored);
+    for (std::uint32_t i = 0; packed && i < packed.count(); ++i) {
+      if (!visit(packed.number(i), Found{nullptr, packed.child(i)})) return;
+    }
+  }
+  if (edited_ == nullptr) return;
+  for (Node *entry : edited_->added) {
+    if (!visit(0u, Found{entry, {}})) return;
+  }
+}
+
+}  // namespace twcfg

@@ -1,0 +1,158 @@
+#include "node.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "id_text.hpp"
+#include "limits.hpp"
+
+namespace twcfg {
+
+bool ListNode::has_removed(std::uint32_t number_) const {
+  const auto at =
+      std::lower_bound(removed.begin(), removed.end(), number_,
+                       [](const Removed &entry, std::uint32_t wanted) { return entry.number < wanted; });
+  return at != removed.end() && at->number == number_;
+}
+
+void ListNode::remove_number(std::uint32_t number_, std::uint64_t revision) {
+  const auto at =
+      std::lower_bound(removed.begin(), removed.end(), number_,
+                       [](const Removed &entry, std::uint32_t wanted) { return entry.number < wanted; });
+  if (at == removed.end() || at->number != number_) removed.insert(at, {number_, revision});
+}
+
+cfg_value value_of(const Node &node) {
+  cfg_value value{node.kind, 0, nullptr, 0};
+  if (node.kind > CFG_LIST) {
+    const auto &scalar = static_cast<const ScalarNode &>(node);
+    value.number = scalar.value;
+    value.data = scalar.data.data();
+    value.length = scalar.data.size();
+  }
+  return value;
+}
+
+void *Nodes::Wiping::do_allocate(std::size_t bytes, std::size_t alignment) {
+  return ::operator new (bytes, std::align_val_t{alignment});
+}
+
+void Nodes::Wiping::do_deallocate(void *block, std::size_t bytes, std::size_t alignment) {
+  ::explicit_bzero(block, bytes);
+  ::operator delete (block, bytes, std::align_val_t{alignment});
+}
+
+namespace {
+
+template <class T>
+T *make(std::pmr::memory_resource &arena) {
+  // The arena frees everything at once, and no node owns anything outside it: no destructor needs to run.
+  return new (arena.allocate(sizeof(T), alignof(T))) T(&arena);
+}
+
+}  // namespace
+
+MapNode *Nodes::map() {
+  MapNode *node = make<MapNode>(arena_);
+  node->kind = CFG_MAP;
+  return node;
+}
+
+ListNode *Nodes::list() {
+  ListNode *node = make<ListNode>(arena_);
+  node->kind = CFG_LIST;
+  return node;
+}
+
+ScalarNode *Nodes::scalar(cfg_kind kind, std::string_view data, std::int32_t value) {
+  auto *node = new (arena_.allocate(sizeof(ScalarNode), alignof(ScalarNode))) ScalarNode;
+  node->kind = kind;
+  node->value = value;
+  if (data.data() != nullptr) {
+    auto *copy = static_cast<char *>(arena_.allocate(data.size() + 1, 1));
+    std::memcpy(copy, data.data(), data.size());
+    copy[data.size()] = '\0';
+    node->data = {copy, data.size()};
+  }
+  return node;
+}
+
+Ownership *Nodes::ownership() { return make<Ownership>(arena_); }
+
+Node *Unpacker::entry(const Packed &stored, int depth) {
+  if (kind_of(stored) != CFG_MAP) return node(stored, nullptr, depth);
+  if (depth > kMaxDepth || budget_-- == 0) return nullptr;
+  Owner owner{nodes_.ownership(), {}};
+  return map(stored, &owner, depth);
+}
+
+Node *Unpacker::node(const Packed &stored, Owner *owner, int depth) {
+  if (depth > kMaxDepth || budget_-- == 0) return nullptr;
+  switch (kind_of(stored)) {
+    case CFG_MAP:
+      return map(stored, owner, depth);
+    case CFG_LIST:
+      return list(stored, owner, depth);
+    case CFG_NONE:
+      return nullptr;
+    default: {
+      const cfg_value value = value_of(stored);
+      if (value.kind == CFG_NONE) return nullptr;
+      return nodes_.scalar(value.kind, {value.data, value.length}, value.number);
+    }
+  }
+}
+
+Node *Unpacker::map(const Packed &stored, Owner *owner, int depth) {
+  const PackedMap packed(stored, shapes_, snapshot_);
+  if (!packed) return nullptr;
+  MapNode *result = nodes_.map();
+  result->items.reserve(packed.count());
+  const std::size_t prefix = owner->prefix.size();
+  if (prefix == 0) {
+    result->owner = owner->lists;
+    const bool sound = packed.each_retired([&](std::string_view name, std::uint32_t next) {
+      owner->lists->retired.push_back({std::pmr::string(name, nodes_.arena()), next, 0});
+    });
+    if (!sound) return nullptr;
+  }
+  for (std::uint32_t i = 0; i < packed.count(); ++i) {
+    const std::string_view key = packed.key(i);
+    if (key.empty()) return nullptr;
+    if (prefix != 0) owner->prefix += '_';
+    owner->prefix += flatten(escape_key(key));
+    Node *child = node(packed.child(i), owner, depth + 1);
+    owner->prefix.resize(prefix);
+    if (child == nullptr) return nullptr;
+    child->parent = result;
+    child->key = names_.intern(key);
+    result->items.push_back({child->key, child, true});
+  }
+  return result;
+}
+
+Node *Unpacker::list(const Packed &stored, Owner *owner, int depth) {
+  ListNode *result = nodes_.list();
+  result->distant = distant_list(stored);
+  if (result->distant == 0) {
+    const PackedList packed(stored);
+    if (!packed) return nullptr;
+    result->next = packed.next();
+    result->entries.reserve(packed.count());
+    for (std::uint32_t i = 0; i < packed.count(); ++i) {
+      Node *child = entry(packed.child(i), depth + 1);
+      if (child == nullptr) return nullptr;
+      child->parent = result;
+      child->number = packed.number(i);
+      result->entries.push_back(child);
+    }
+  }
+  if (owner != nullptr) {
+    owner->lists->lists.push_back(
+        {std::pmr::string(owner->prefix, nodes_.arena()), result->next, result->distant});
+  }
+  return result;
+}
+
+}  // namespace twcfg

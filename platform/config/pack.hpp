@@ -1,0 +1,73 @@
+// Turns an edit into the writes of a commit: numbers for new entries, records in their stored form, heads of
+// lists, shapes. Works on the edit without changing what callers see of it, so that a refused commit can be
+// planned again.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "store.hpp"
+
+namespace twcfg {
+
+struct PlannedWrite {
+  std::uint64_t expected = 0;
+  bool remove = false;
+  std::string bytes;  // wiped when the plan goes: records hold private keys and passwords
+};
+
+class Plan {
+ public:
+  explicit Plan(Store &store) : store_(store) {}
+  ~Plan();
+  Plan(const Plan &) = delete;
+  Plan &operator=(const Plan &) = delete;
+  // Plans the whole edit against the handle's snapshot. False with the reason noted.
+  bool make();
+  const std::map<Key, PlannedWrite> &writes() const { return writes_; }
+
+  // The ID that a node has after this commit; empty for one that is attached nowhere.
+  std::string final_id(const Node *node) const;
+
+ private:
+  friend class Packer;
+  struct ListName {
+    std::string prefix;  // flattened names of the maps between the owner and here
+    MapNode *owner;      // NULL below a list in a list
+    std::vector<std::string> seen;
+  };
+
+  // Gives new entries their numbers, everywhere below a node.
+  bool number(Node *node, ListName *name, bool in_root_record, int depth);
+  bool number_list(ListNode &list, ListName *name, bool in_root_record, int depth);
+  std::uint32_t first_number(const ListNode &list, const ListName *name) const;
+  bool number_entries(ListNode &list, std::uint32_t &next, int depth);
+
+  bool plan_record(Key key, Node *root, std::uint64_t expected);
+  bool plan_placed(ListNode &list);  // entries that become records of their own
+  bool plan_placed_below(Node *node);
+  bool plan_list(std::uint32_t list, ListNode &changes);
+  void plan_purge(std::uint32_t list);  // removes a distant list with all its records
+  void plan_removal(Key key);           // removes one record and the distant lists inside it
+  void purge_inside(const Packed &node, int depth);
+  void purge_dropped(Key key, const Node *root);  // distant lists that an opened record no longer has
+  void write(Key key, std::uint64_t expected, std::string bytes);
+  void write_head(std::uint32_t list, const ListHead &head, std::uint64_t expected);
+  std::uint32_t new_list();
+  std::uint32_t shape_of(const std::vector<const KeyName *> &keys);  // kMaxShapes: spell the keys out
+  bool load_counters();
+  // The numbers of lists that an owner no longer has, in stored form; empty when there are none.
+  std::string retired_table(const MapNode &owner) const;
+
+  Store &store_;
+  std::map<Key, PlannedWrite> writes_;
+  std::map<std::vector<const KeyName *>, std::uint32_t> new_shapes_;
+  bool counters_loaded_ = false;
+  bool counters_changed_ = false;
+  std::uint64_t counters_expected_ = 0;
+  std::uint32_t next_list_ = kFirstList;
+  std::uint32_t next_shape_ = 0;
+};
+
+}  // namespace twcfg

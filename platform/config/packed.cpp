@@ -1,0 +1,166 @@
+#include "packed.hpp"
+
+#include <algorithm>
+
+#include "limits.hpp"
+
+namespace twcfg {
+
+cfg_kind kind_of(const Packed &node) {
+  if (!node) return CFG_NONE;
+  switch (node.tag() & ~kTagRetired) {
+    case kTagMap:
+    case kTagSpelled:
+      return CFG_MAP;
+    case kTagList:
+    case kTagDistant:
+      return CFG_LIST;
+    case kTagString:
+    case kTagLongString:
+      return CFG_STRING;
+    case kTagReference:
+      return CFG_REFERENCE;
+    case kTagInt:
+      return CFG_INT;
+    case kTagFalse:
+    case kTagTrue:
+      return CFG_BOOL;
+    case kTagBlob:
+      return CFG_BLOB;
+    default:
+      return CFG_NONE;
+  }
+}
+
+namespace {
+
+// Bytes behind a length of type L; a value that does not fit its record, or does not end in NUL, reads as
+// absent.
+template <class L>
+cfg_value bytes_of(const Packed &node, cfg_kind kind) {
+  cfg_value value{CFG_NONE, 0, nullptr, 0};
+  const std::uint64_t data = std::uint64_t{node.at} + 1 + sizeof(L);
+  if (!node.has(node.at, 1 + sizeof(L))) return value;
+  const L length = load_raw<L>(node.base + node.at + 1);
+  if (!node.has(data, std::uint64_t{length} + 1) || node.base[data + length] != '\0') return value;
+  value.kind = kind;
+  value.data = node.base + data;
+  value.length = length;
+  return value;
+}
+
+}  // namespace
+
+cfg_value value_of(const Packed &node) {
+  cfg_value value{CFG_NONE, 0, nullptr, 0};
+  if (!node) return value;
+  switch (node.tag()) {
+    case kTagString:
+      return bytes_of<std::uint16_t>(node, CFG_STRING);
+    case kTagLongString:
+      return bytes_of<std::uint32_t>(node, CFG_STRING);
+    case kTagReference:
+      return bytes_of<std::uint16_t>(node, CFG_REFERENCE);
+    case kTagBlob:
+      return bytes_of<std::uint32_t>(node, CFG_BLOB);
+    case kTagInt:
+      if (!node.has(node.at, 5)) return value;
+      value.kind = CFG_INT;
+      value.number = load_raw<std::int32_t>(node.base + node.at + 1);
+      return value;
+    case kTagFalse:
+    case kTagTrue:
+      value.kind = CFG_BOOL;
+      value.number = node.tag() == kTagTrue ? 1 : 0;
+      return value;
+    default:
+      value.kind = kind_of(node);
+      return value;
+  }
+}
+
+PackedMap::PackedMap(const Packed &node, Shapes &shapes, Snapshot &snapshot) {
+  if (kind_of(node) != CFG_MAP || !node.has(node.at, 5)) return;
+  const auto word = load_raw<std::uint32_t>(node.base + node.at + 1);
+  std::uint64_t offsets = 0;
+  if ((node.tag() & ~kTagRetired) == kTagMap) {
+    shape_ = shapes.get(word, snapshot);
+    if (shape_ == nullptr) return;
+    count_ = static_cast<std::uint32_t>(shape_->keys().size());
+    offsets = count_;
+  } else {
+    count_ = word;
+    offsets = std::uint64_t{count_} * 2;
+  }
+  if ((node.tag() & kTagRetired) != 0) ++offsets;
+  width_ = node.wide() ? 4 : 2;
+  slots_ = node.at + 5;
+  if (node.has(slots_, offsets * width_)) node_ = node;
+}
+
+std::string_view PackedMap::key(std::uint32_t slot) const {
+  if (shape_ != nullptr) return shape_->keys()[slot]->text;
+  const std::uint32_t at = offset(slot * 2);
+  if (at < kRecordHeader || !node_.has(at, 1)) return {};
+  const auto length = static_cast<std::uint8_t>(node_.base[at]);
+  if (!node_.has(std::uint64_t{at} + 1, length)) return {};
+  return {node_.base + at + 1, length};
+}
+
+Packed PackedMap::find(std::string_view key, const KeyNames &names) const {
+  if (shape_ != nullptr) {
+    const KeyName *name = names.find(key);
+    const int slot = name == nullptr ? -1 : shape_->slot(name);
+    return slot < 0 ? Packed{} : child(static_cast<std::uint32_t>(slot));
+  }
+  std::uint32_t low = 0;
+  std::uint32_t high = count_;
+  while (low < high) {
+    const std::uint32_t middle = low + (high - low) / 2;
+    if (this->key(middle) < key) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  return low < count_ && this->key(low) == key ? child(low) : Packed{};
+}
+
+PackedList::PackedList(const Packed &node) {
+  if (!node || node.tag() != kTagList || !node.has(node.at, 9)) return;
+  count_ = load_raw<std::uint32_t>(node.base + node.at + 5);
+  width_ = node.wide() ? 4 : 2;
+  if (node.has(node.at, 9 + std::uint64_t{count_} * (4 + width_))) {
+    node_ = node;
+  } else {
+    count_ = 0;
+  }
+}
+
+Packed PackedList::child(std::uint32_t index) const {
+  const char *at = entry(index) + 4;
+  return node_.node(width_ == 2 ? load_raw<std::uint16_t>(at) : load_raw<std::uint32_t>(at));
+}
+
+std::int64_t PackedList::index_of(std::uint32_t number) const {
+  std::uint32_t low = 0;
+  std::uint32_t high = count_;
+  while (low < high) {
+    const std::uint32_t middle = low + (high - low) / 2;
+    if (this->number(middle) < number) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  return low < count_ && this->number(low) == number ? std::int64_t{low} : -1;
+}
+
+bool read_list_head(std::string_view bytes, ListHead &head) {
+  if (bytes.size() != 8) return false;
+  head.next = load_raw<std::uint32_t>(bytes.data());
+  head.count = load_raw<std::uint32_t>(bytes.data() + 4);
+  return true;
+}
+
+}  // namespace twcfg

@@ -1,0 +1,207 @@
+// A store handle: the engine, the snapshot it reads, the heads it has given out and the edit in progress.
+#pragma once
+
+#include <cstdarg>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include <twconfig.h>
+
+#include "engine/engine.hpp"
+#include "head.hpp"
+#include "key_name.hpp"
+#include "key_space.hpp"
+#include "limits.hpp"
+#include "message.hpp"
+#include "node.hpp"
+#include "search_index.hpp"
+#include "shape.hpp"
+
+namespace twcfg {
+
+// Moves on in every child process.
+unsigned process_epoch();
+
+// A record that the edit has unpacked.
+struct RecordEdit {
+  Head *head = nullptr;    // the entry (or root) that the record holds
+  std::uint64_t base = 0;  // revision of the stored record that `root` was unpacked from
+  Node *root = nullptr;
+};
+
+// Changes to a distant list as such: entries that came and went.
+struct ListEdit {
+  Head *head = nullptr;
+  ListNode *node = nullptr;
+};
+
+// A change that has lost its place because another commit removed what it was made in. It is kept so that the
+// commit finds the conflict and nothing is lost in silence.
+struct LostChange {
+  std::string path;
+  std::uint64_t seen;
+};
+
+struct Edit {
+  Nodes nodes;
+  std::unordered_map<Key, RecordEdit> records;
+  std::unordered_map<std::uint32_t, ListEdit> lists;  // by list number
+  std::vector<Head *> born;                           // heads of elements made by this edit
+  std::vector<LostChange> lost;
+  bool empty() const { return records.empty() && lists.empty() && born.empty() && lost.empty(); }
+};
+
+// Numbers of a distant list's entries in order, built when an index is first asked for.
+struct ListNumbers {
+  std::uint64_t revision = 0;  // of the list's head that they reflect
+  std::vector<std::uint32_t> numbers;
+};
+
+struct SearchResult {
+  std::vector<Head *> entries;
+};
+
+// Where a key set's keys stand in maps of one shape.
+struct KeysetSlots {
+  std::vector<const KeyName *> names;
+  std::vector<std::vector<std::int16_t>> by_shape;
+};
+
+}  // namespace twcfg
+
+struct cfg {
+  std::shared_ptr<twcfg::Engine> engine;
+  bool read_only = false;
+  unsigned fork_epoch = 0;
+
+  std::unique_ptr<twcfg::Snapshot> snapshot;  // opened by the first call that reads
+  std::uint64_t generation = 1;
+
+  twcfg::KeyNames names;
+  twcfg::Shapes shapes{names};
+
+  std::pmr::monotonic_buffer_resource head_arena;
+  twcfg::Head *root = nullptr;
+  struct Step {
+    const twcfg::Head *parent;
+    const twcfg::KeyName *key;
+    std::uint32_t number;
+    bool operator==(const Step &) const = default;
+  };
+  struct StepHash {
+    std::size_t operator()(const Step &step) const {
+      const auto a = reinterpret_cast<std::uintptr_t>(step.parent) >> 4;
+      const auto b = reinterpret_cast<std::uintptr_t>(step.key) >> 3;
+      return (a * 0x9e3779b97f4a7c15u) ^ (b * 0xc2b2ae3d27d4eb4fu) ^ (step.number * 0x165667b19e3779f9u);
+    }
+  };
+  std::unordered_map<Step, twcfg::Head *, StepHash> children;
+  std::unordered_map<std::string_view, twcfg::Head *>
+      by_id;                        // IDs that were looked up; keys are the heads' own texts
+  std::string nonce;                // front of this handle's provisional IDs
+  std::vector<twcfg::Head *> born;  // every new element, by the number in its ID
+  std::unordered_map<const cfg_keyset *, twcfg::KeysetSlots> keysets;
+  std::unordered_map<std::uint32_t, twcfg::ListNumbers> list_numbers;
+  std::unordered_map<std::string, twcfg::SearchIndex> indexes;
+  std::vector<std::unique_ptr<twcfg::SearchResult>> results;
+
+  std::unique_ptr<twcfg::Edit> edit;
+  twcfg::MessageList messages;
+
+  cfg_code error = CFG_OK;
+  std::string error_text;
+
+  // Notes a failure; returns 0 so that callers can `return store->fail(...)`.
+  int fail(cfg_code code, const char *format, ...) __attribute__((format(printf, 3, 4)));
+  int fail(const twcfg::Failure &failure) { return fail(failure.code, "%s", failure.text.c_str()); }
+
+  // False, with the reason noted, in a child of the process that opened the handle.
+  bool in_own_process() {
+    if (fork_epoch == twcfg::process_epoch()) return true;
+    return fail(CFG_E_FORKED, "the handle belongs to the parent process") != 0;
+  }
+  // Makes sure that there is a snapshot. False with the reason noted.
+  bool reading();
+  // The same, and that changes are allowed.
+  bool writing();
+  twcfg::Edit &editing();
+  void drop_edit();
+  void drop_results();
+  // Replaces the snapshot; every binding is then made anew.
+  void move_to(std::unique_ptr<twcfg::Snapshot> newer);
+};
+
+namespace twcfg {
+
+using Store = ::cfg;
+
+// Runs the body of a C function: what is thrown inside becomes the failure value.
+template <class Value, class Body>
+Value guarded(Store *store, Value failed, Body &&body) noexcept {
+  try {
+    return body();
+  } catch (const std::bad_alloc &) {
+    if (store != nullptr) store->fail(CFG_E_MEMORY, "out of memory");
+  } catch (const std::exception &problem) {
+    if (store != nullptr) store->fail(CFG_E_LIMIT, "%s", problem.what());
+  }
+  return failed;
+}
+
+// heads.cpp: from handles to elements.
+
+// The head behind a handle, bound to what the element is now; NULL for NULL and for an element that is gone.
+// Forwards a committed new element to its committed head.
+Head *bound(cfg_elem *elem);
+Head *bound(Head *head);
+Head *root_head(Store &store);
+// The child under a key or with a number; NULL when there is none. `map`, `list` must be bound.
+Head *child_of(Head *map, std::string_view key);
+Head *entry_of(Head *list, std::uint32_t number);
+Head *head_of(Head *holder, Node *node);  // of a node below a bound holder
+Head *head_by_id(Store &store, std::string_view id);
+// The list whose entries' IDs begin with `front`: "nodes", or "nodes-12_ports" for one inside an entry.
+Head *list_by_front(Store &store, std::string_view front);
+Head *new_head(Store &store, Node *node);
+Head *result_head(Store &store, SearchResult *result);
+Head *holder_of(Head *head);  // bound holder, also of new elements
+// Whether an opened record or list is still what its head is bound to; not so when the edit has removed it
+// since.
+bool in_place(const RecordEdit &record);
+bool in_place(std::uint32_t number, const ListEdit &list);
+// The list number of a bound list whose entries are records of their own; else 0.
+std::uint32_t distant_of(const Head &list);
+
+// Whether a map holds a key, and what it is, without making a head.
+struct Found {
+  Node *node = nullptr;
+  Packed stored;
+  explicit operator bool() const { return node != nullptr || stored; }
+  cfg_kind kind() const { return node != nullptr ? node->kind : kind_of(stored); }
+  cfg_value value() const { return node != nullptr ? value_of(*node) : value_of(stored); }
+};
+Found find_key(Head *map, std::string_view key);
+// The element at a dotted path below a map, without making heads; crosses no list.
+Found find_path(Store &store, const Found &map, std::string_view path);
+Head *head_by_path(Head *map, std::string_view path);
+
+// editing.cpp: opening for change. All take bound heads; a NULL or false result has its reason noted in the
+// handle.
+MapNode *edit_map(Head *map);
+// The list itself when it stands in a record, else the changes to a distant list.
+ListNode *edit_list(Head *list);
+// Opens the record of any element and gives its node.
+Node *open_node(Head *head);
+// Sets or, with NULL, deletes a key.
+bool set_item(Head *map, std::string_view key, Node *value);
+// Attaches an unattached new element.
+bool attach_item(Head *map, std::string_view key, Node *value);
+bool append_entry(Head *list, Node *entry, bool pending);
+bool clear_list(Head *list);
+bool remove_element(Head *head);
+bool replace_scalar(Head *head, std::string_view data);
+
+}  // namespace twcfg

@@ -1,0 +1,93 @@
+// Certificate records: loading, revoking, saving, freeing. issue.cpp makes their content.
+#include "certificate/certificate.hpp"
+
+#include <ctime>
+#include <new>
+
+#include "record/boundary.hpp"
+#include "record/engine.hpp"
+#include "record/owned_certificate.hpp"
+
+namespace {
+
+constexpr auto certificate = tw::blob_row<&cfg_certificate::cert>("certificate");
+constexpr auto private_key = tw::blob_row<&cfg_certificate::private_key>("private_key");
+constexpr auto common_name = tw::string_row<&cfg_certificate::common_name>("common_name");
+constexpr auto revoke_time = tw::nonzero_row<&cfg_certificate::revoke_time>("revoke_time");
+
+constexpr tw::load_list everything({certificate, private_key, common_name, revoke_time});
+constexpr tw::store_list issued({certificate, private_key, common_name});
+constexpr tw::store_list state({revoke_time});
+
+constexpr tw::named_list lists[] = {
+    {"certificate load", everything, false},
+    {"certificate save, new record", issued, true},
+    {"certificate save, every record", state, true},
+};
+
+// The block comes from calloc() because its last owner may give it back with free().
+tw::owned_certificate new_record(cfg *store) noexcept {
+  void *block = std::calloc(1, sizeof(cfg_certificate));
+  if (!block) return nullptr;
+  tw::owned_certificate record(new (block) cfg_certificate);
+  record->cfg = store;
+  return record;
+}
+
+}  // namespace
+
+const tw::tables tw::certificate_tables = lists;
+
+cfg_certificate *cfg_certificate_new(cfg *store, const char *name) noexcept {
+  tw::owned_certificate record = new_record(store);
+  if (!record || !record->common_name.set(name) || !cfg_certificate_generate(record.get())) return nullptr;
+  return record.release();
+}
+
+cfg_certificate *cfg_get_certificate_by_id(cfg *store, const char *id) noexcept {
+  cfg_elem *elem = cfg_get_by_id(store, id);
+  if (!elem) return nullptr;
+  tw::owned_certificate record = new_record(store);
+  if (!record || !tw::take_uuid(record->uuid, elem) || !tw::load(everything, *record, elem)) return nullptr;
+  return record.release();
+}
+
+const char *cfg_certificate_get_id(const cfg_certificate *record) noexcept {
+  return tw::get<&cfg_certificate::uuid>(record);
+}
+const char *cfg_certificate_get_common_name(const cfg_certificate *record) noexcept {
+  return tw::get<&cfg_certificate::common_name>(record);
+}
+const char *cfg_certificate_get_cert(const cfg_certificate *record) noexcept {
+  return tw::get<&cfg_certificate::cert>(record);
+}
+const char *cfg_certificate_get_private_key(const cfg_certificate *record) noexcept {
+  return tw::get<&cfg_certificate::private_key>(record);
+}
+
+int cfg_certificate_expire_now(cfg_certificate *record) noexcept {
+  return tw::set<&cfg_certificate::revoke_time>(record, static_cast<int32_t>(std::time(nullptr)));
+}
+
+int cfg_certificate_save(cfg_certificate *record) noexcept {
+  TW_ASSERT(record && record->cfg, "src/certificate");
+  // A saved certificate, its key and its name never change again; only its revocation does, and callers who
+  // revoke a certificate whose element is gone already are told the same as the others: it is done.
+  if (!record->uuid) {
+    cfg_elem *elem = tw::append_new_element(*record, "certificates");
+    if (!elem || !record->cert || !record->private_key) return 0;
+    if (!tw::store(issued, *record, record->cfg, elem)) return 0;
+  }
+  tw::store(state, *record, record->cfg, tw::element_of(*record));
+  return 1;
+}
+
+void cfg_certificate_free(cfg_certificate *record) noexcept {
+  if (!record) return;
+  record->uuid.clear();
+  record->common_name.clear();
+  record->cert.clear();
+  record->private_key.clear();
+  // The block itself stays. Services hand the pointer of one certificate record to several places and drop
+  // them in any order: those that come later find an empty record here, not freed memory.
+}

@@ -1,0 +1,120 @@
+// Loading a node whole, by element, by ID, by index and several at once.
+#include <new>
+
+#include "nodes/node.hpp"
+#include "record/boundary.hpp"
+#include "record/engine.hpp"
+
+namespace {
+
+using node = cfg_node;
+
+// The certificate is resolved on the spot. One that cannot be loaded leaves the node without certificate.
+bool load_certificate(void *record, const cfg_value &reference) {
+  auto *self = static_cast<node *>(record);
+  self->certificate.reset(cfg_get_certificate_by_id(self->cfg, reference.data));
+  return true;
+}
+
+// Of an optional key only a value of the right kind counts: "name" and "status" alone decide whether a node
+// can be loaded. The look-ups rely on it; they judge nodes that they pass over by these two keys.
+constexpr tw::load_list common({
+    mandatory(tw::string_row<&node::name>("name")),
+    mandatory(tw::string_row<&node::status>("status")),
+    lenient(tw::reference_row<&node::bundle_id>("bundle")),
+    lenient(tw::string_row<&node::description>("description")),
+    lenient(tw::string_row<&node::product>("product")),
+    lenient(tw::string_row<&node::mac_address>("mac_address")),
+    lenient(tw::string_row<&node::fhvpn_address>("fhvpn_address")),
+    lenient(tw::string_row<&node::firmware_version>("firmware_version")),
+    lenient(tw::string_row<&node::model>("model")),
+    lenient(tw::string_row<&node::serial_number>("serial_number")),
+    lenient(tw::bool_row<&node::approved>("approved")),
+});
+
+constexpr tw::load_list tarnwell({
+    lenient(tw::hook_row<node>("cert", CFG_REFERENCE, load_certificate, "load_certificate")),
+});
+constexpr tw::load_list tarnwell_ssh({
+    lenient(tw::int_row<&node::ssh_port>("port")),
+});
+
+constexpr tw::load_list credentials({
+    lenient(tw::string_row<&node::address>("address")),
+    lenient(tw::string_row<&node::username>("username")),
+    lenient(tw::string_row<&node::password>("password")),
+});
+
+constexpr tw::load_list generic({
+    lenient(tw::string_row<&node::connection_method>("connection_method")),
+    lenient(tw::int_row<&node::port_label_count>("port_count")),
+    lenient(tw::int_row<&node::base_port>("base_port")),
+});
+
+bool load_kind(node &record, cfg_elem *elem) {
+  switch (tw::kind_of(record.product)) {
+    case tw::product_kind::tarnwell:
+      if (!tw::load_etags(record, elem) || !tw::load(tarnwell, record, elem)) return false;
+      tw::load(tarnwell_ssh, record, cfg_simple_get_mapelem(record.cfg, elem, "ssh"));
+      return true;
+    case tw::product_kind::credential:
+      return tw::load(credentials, record, elem);
+    case tw::product_kind::generic:
+      return tw::load(credentials, record, elem) && tw::load(generic, record, elem) &&
+             record.port_labels.load(record.port_label_count, record.cfg,
+                                     cfg_simple_get_mapelem(record.cfg, elem, "port_labels"));
+    case tw::product_kind::other:
+      break;
+  }
+  return true;
+}
+
+constexpr tw::named_list lists[] = {
+    {"node load, every product", common, false},
+    {"node load, tarnwell", tarnwell, false},
+    {"node load, tarnwell, \"ssh\"", tarnwell_ssh, false},
+    {"node load, credential and generic", credentials, false},
+    {"node load, generic", generic, false},
+};
+
+}  // namespace
+
+const tw::tables tw::node_load_tables = lists;
+
+std::unique_ptr<cfg_node> tw::load_node(cfg *store, cfg_elem *elem) noexcept {
+  if (!elem) return nullptr;
+  return tw::guarded([&] {
+    auto record = std::make_unique<node>();
+    record->cfg = store;
+    const bool loaded =
+        tw::take_uuid(record->uuid, elem) && tw::load(common, *record, elem) && load_kind(*record, elem);
+    return loaded ? std::move(record) : nullptr;
+  });
+}
+
+cfg_node *cfg_get_node_by_id(cfg *store, const char *id) noexcept {
+  return tw::load_node(store, cfg_get_by_id(store, id)).release();
+}
+
+int32_t cfg_get_nodes_count(cfg *store) noexcept { return tw::collection_count(store, "nodes"); }
+
+cfg_node *cfg_get_node_by_idx(cfg *store, int32_t index) noexcept {
+  return tw::load_node(store, tw::collection_entry(store, "nodes", index)).release();
+}
+
+cfg_node **cfg_get_nodes_by_id(cfg *store, const char *const *ids, int32_t count) noexcept {
+  if (!ids || count < 0) return nullptr;
+  const std::unique_ptr<cfg_elem *[], decltype(&std::free)> elems(cfg_get_by_ids(store, ids, count),
+                                                                  std::free);
+  if (!elems) return nullptr;
+  auto **nodes = static_cast<cfg_node **>(std::calloc(static_cast<size_t>(count) + 1, sizeof(cfg_node *)));
+  if (!nodes) return nullptr;
+  for (int32_t i = 0; elems[static_cast<size_t>(i)]; ++i) {
+    nodes[i] = tw::load_node(store, elems[static_cast<size_t>(i)]).release();
+    if (nodes[i]) continue;
+    while (i > 0) cfg_node_free(nodes[--i]);
+    std::free(nodes);
+    return nullptr;
+  }
+  return nodes;
+}

@@ -1,0 +1,58 @@
+// The node record, shared by the files of this folder.
+#ifndef TW_NODES_NODE_HPP
+#define TW_NODES_NODE_HPP
+
+#include <twobject/node.h>
+
+#include <memory>
+#include <vector>
+
+#include "nodes/port_labels.hpp"
+#include "nodes/product.hpp"
+#include "record/owned_certificate.hpp"
+#include "record/view.hpp"
+
+// An entry of the list that could not be read leaves an etag without ID in its place.
+struct cfg_etag {
+  tw::text uuid;
+  tw::text name;
+  tw::text status;
+  int32_t version = 0;
+};
+
+struct cfg_node : tw::object_view {
+  tw::text name;
+  tw::text product;
+  tw::text description;
+  tw::text status;
+  tw::text bundle_id;
+  tw::text mac_address;
+  tw::text fhvpn_address;
+  uint32_t ssh_port = 0;
+  int32_t approved = 0;
+  tw::owned_certificate certificate;
+  tw::text model;
+  tw::text firmware_version;
+  tw::text enrollment_bundle;  // answered once and then kept, never saved
+  tw::text serial_number;
+  std::vector<cfg_etag> etags;
+  uint32_t base_port = 0;
+  int32_t port_label_count = 0;
+  tw::text address;
+  tw::port_labels port_labels;
+  tw::text connection_method;
+  tw::text username;
+  tw::secret password;
+};
+
+namespace tw {
+
+// Loads the node behind an element; NULL when the element is NULL or has no "name" or no "status".
+std::unique_ptr<cfg_node> load_node(cfg *store, cfg_elem *elem) noexcept;
+
+// Reads the entries of the list "etags" below a node's element. False without memory. May throw.
+bool load_etags(cfg_node &node, cfg_elem *elem);
+
+}  // namespace tw
+
+#endif

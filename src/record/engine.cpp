@@ -1,0 +1,28 @@
+#include "record/engine.hpp"
+
+namespace tw {
+
+bool load_all(const load_rows &list, void *record, cfg_elem *map) noexcept {
+  cfg_value values[max_rows];
+  if (!cfg_map_read(map, &list.keys, values)) return false;
+  for (std::size_t i = 0; i < list.count; ++i) {
+    const row_data &row = list.rows[i];
+    if (values[i].kind == row.kind) {
+      if (!row.load(record, values[i])) return false;
+    } else if (row.need == presence::mandatory ||
+               (row.need == presence::optional && values[i].kind != CFG_NONE)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool store_all(const row_list &list, const void *record, cfg *store, cfg_elem *map) noexcept {
+  for (std::size_t i = 0; i < list.count; ++i) {
+    const row_data &row = list.rows[i];
+    if (!row.store(store, map, row.key, record)) return false;
+  }
+  return true;
+}
+
+}  // namespace tw

@@ -1,0 +1,46 @@
+// The engine that runs over rows, and the dump of all rows.
+#ifndef TW_RECORD_ENGINE_HPP
+#define TW_RECORD_ENGINE_HPP
+
+#include <initializer_list>
+#include <span>
+
+#include "record/row.hpp"
+
+namespace tw {
+
+// The untyped engine; use the templates below, which keep rows and records of one type together.
+bool load_all(const load_rows &list, void *record, cfg_elem *map) noexcept;
+bool store_all(const row_list &list, const void *record, cfg *store, cfg_elem *map) noexcept;
+
+// Reads every key of the list from the map, in one pass, and gives it to its row in list order. False when
+// the map is none, a row's presence rule is broken or a row fails; the record is then half filled: free it.
+template <class Record, std::size_t N>
+bool load(const load_list<Record, N> &list, Record &record, cfg_elem *map) noexcept {
+  return load_all(list, &record, map);
+}
+
+// Writes every row of the list to the map, in list order, up to the first write that fails.
+template <class Record, std::size_t N>
+bool store(const store_list<Record, N> &list, const Record &record, cfg *store, cfg_elem *map) noexcept {
+  return store_all(list, &record, store, map);
+}
+
+// A list under the name that the dump of all tables gives it. Every family publishes its lists as
+// `<name>_tables`, so that a changed key, order or rule shows in the tests as a changed line.
+struct named_list {
+  const char *name;
+  const row_list &list;
+  bool stores;
+};
+using tables = std::span<const named_list>;
+
+extern const tables certificate_tables;
+extern const tables enrollment_tables;
+extern const tables etag_tables;
+extern const tables node_load_tables;
+extern const tables node_save_tables;
+
+}  // namespace tw
+
+#endif

@@ -1,0 +1,24 @@
+// Tables of enumerations: small integers in records, texts in the store.
+#ifndef TW_RECORD_ENUMERATION_HPP
+#define TW_RECORD_ENUMERATION_HPP
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tw {
+
+struct enumeration {
+  const char *const *texts;  // in the order of their values
+  std::size_t count;
+  std::int32_t first;    // value of texts[0]
+  std::int32_t unknown;  // what NULL and foreign text read as; it has no text
+  bool any_case;         // compare without regard to case
+
+  // The text of a value; NULL for any value outside the table. Constant.
+  const char *to_string(std::int32_t value) const noexcept;
+  std::int32_t from_string(const char *text) const noexcept;
+};
+
+}  // namespace tw
+
+#endif

@@ -1,0 +1,69 @@
+#include "record/helpers.hpp"
+
+#include <openssl/asn1.h>
+#include <openssl/bio.h>
+
+#include <memory>
+
+namespace tw {
+
+int store_map_string(cfg *store, cfg_elem *map, const char *key, const char *value) noexcept {
+  if (value) return cfg_map_set_string(store, map, key, value);
+  cfg_map_delete_key(store, map, key);
+  return 1;
+}
+
+int store_map_reference(cfg *store, cfg_elem *map, const char *key, const char *id) noexcept {
+  if (id) return cfg_map_set_reference(store, map, key, id);
+  cfg_map_delete_key(store, map, key);
+  return 1;
+}
+
+int store_map_blob(cfg *store, cfg_elem *map, const char *key, const void *data, size_t length) noexcept {
+  if (data) return cfg_map_set_blob(store, map, key, data, length);
+  cfg_map_delete_key(store, map, key);
+  return 1;
+}
+
+int get_child_string(cfg *store, cfg_elem *elem, const char *path, text *out) noexcept {
+  cfg_elem *child = cfg_get_child_by_path(store, elem, path);
+  char *chars = nullptr;
+  if (child && !cfg_string_value(child, &chars)) return 0;
+  out->adopt(chars);
+  return child != nullptr;
+}
+
+int get_child_int(cfg *store, cfg_elem *elem, const char *path, int32_t *out) noexcept {
+  if (cfg_elem *child = cfg_get_child_by_path(store, elem, path)) return cfg_int_value(child, out);
+  *out = 0;
+  return 0;
+}
+
+int get_child_bool(cfg *store, cfg_elem *elem, const char *path, int32_t *out) noexcept {
+  if (cfg_elem *child = cfg_get_child_by_path(store, elem, path)) return cfg_bool_value(child, out);
+  *out = 0;
+  return 0;
+}
+
+char *trim(char *chars) noexcept {
+  constexpr char blanks[] = " \t\n\v\f\r";
+  chars += std::strspn(chars, blanks);
+  size_t length = std::strlen(chars);
+  while (length > 0 && std::strchr(blanks, chars[length - 1])) --length;
+  chars[length] = '\0';
+  return chars;
+}
+
+void time_to_string(const ASN1_TIME *time, char (&out)[time_text_size]) noexcept {
+  out[0] = '\0';
+  const std::unique_ptr<BIO, decltype(&BIO_free)> bio(BIO_new(BIO_s_mem()), BIO_free);
+  if (!bio || !ASN1_TIME_print(bio.get(), time)) return;
+  int filled = 0;
+  while (filled < static_cast<int>(time_text_size) - 1) {
+    const int got = BIO_gets(bio.get(), out + filled, static_cast<int>(time_text_size) - filled);
+    if (got <= 0) break;
+    filled += got;
+  }
+}
+
+}  // namespace tw

@@ -1,0 +1,24 @@
+// A certificate record that another record owns whole.
+#ifndef TW_RECORD_OWNED_CERTIFICATE_HPP
+#define TW_RECORD_OWNED_CERTIFICATE_HPP
+
+#include <twobject/certificate.h>
+
+#include <cstdlib>
+#include <memory>
+
+namespace tw {
+
+// cfg_certificate_free() leaves the record's block, so that pointers to it stay good. The record that reads a
+// certificate for itself holds the last pointer and gives the block back too.
+struct certificate_release {
+  void operator()(cfg_certificate *certificate) const noexcept {
+    cfg_certificate_free(certificate);
+    std::free(certificate);
+  }
+};
+using owned_certificate = std::unique_ptr<cfg_certificate, certificate_release>;
+
+}  // namespace tw
+
+#endif

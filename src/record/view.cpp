@@ -1,0 +1,48 @@
+#include "record/view.hpp"
+
+namespace tw {
+
+bool take_uuid(text &id, cfg_elem *elem) noexcept {
+  char *chars = nullptr;
+  if (!cfg_elem_uuid(elem, &chars)) return false;
+  id.adopt(chars);
+  return true;
+}
+
+const char *refreshed_uuid(object_view &view) noexcept {
+  if (!view.uuid) return nullptr;
+  text present;
+  if (take_uuid(present, element_of(view)) && !same(present.c_str(), view.uuid.c_str()))
+    view.uuid = std::move(present);
+  return view.uuid.c_str();
+}
+
+cfg_elem *append_new_element(object_view &view, const char *path) noexcept {
+  cfg_elem *list = cfg_get_by_path(view.cfg, path);
+  if (!list) return nullptr;
+  cfg_elem *elem = cfg_new_map(view.cfg);
+  text id;
+  if (!take_uuid(id, elem) || !cfg_append_future_listelem(view.cfg, list, elem)) return nullptr;
+  view.uuid = std::move(id);
+  return elem;
+}
+
+cfg_elem *need_map(cfg *store, cfg_elem *parent, const char *key) noexcept {
+  if (cfg_get_mapelem(parent, key)) return cfg_simple_get_mapelem(store, parent, key);
+  cfg_elem *map = cfg_new_map(store);
+  return map && cfg_add_mapelem(store, parent, key, map) ? map : nullptr;
+}
+
+int32_t collection_count(cfg *store, const char *path) noexcept {
+  cfg_elem *list = cfg_get_by_path(store, path);
+  if (!list) return 0;
+  int32_t size = 0;
+  return cfg_list_size(list, &size) ? size : -1;
+}
+
+cfg_elem *collection_entry(cfg *store, const char *path, int32_t index) noexcept {
+  cfg_elem *list = cfg_get_by_path(store, path);
+  return list && index >= 0 ? cfg_simple_get_listelem(store, list, index) : nullptr;
+}
+
+}  // namespace tw

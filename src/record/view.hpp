@@ -1,0 +1,47 @@
+// What every record begins with, and what records do with their elements and collections.
+#ifndef TW_RECORD_VIEW_HPP
+#define TW_RECORD_VIEW_HPP
+
+#include <twconfig/element.h>
+
+#include "record/text.hpp"
+
+namespace tw {
+
+// The head of every record: the store handle that it came from (borrowed) and the ID of its element, NULL
+// until there is one.
+struct object_view {
+  ::cfg *cfg = nullptr;
+  text uuid;
+};
+
+// Makes `id` the element's present ID. False without memory or for an element that is gone.
+bool take_uuid(text &id, cfg_elem *elem) noexcept;
+
+// The record's element, or NULL. IDs that a commit has replaced are still understood.
+inline cfg_elem *element_of(const object_view &view) noexcept {
+  return cfg_get_by_id(view.cfg, view.uuid.c_str());
+}
+
+// The record's ID as the store now names it: once a commit has replaced a provisional ID, the record takes
+// the final one. NULL for a record without element.
+const char *refreshed_uuid(object_view &view) noexcept;
+
+// Gives a new record its element: an empty map that joins the list at `path` as a pending entry. NULL, with
+// the record unchanged, when the list is missing or nothing can be appended.
+cfg_elem *append_new_element(object_view &view, const char *path) noexcept;
+
+// The map under a key of another map, made and attached when the key is absent. NULL when it cannot be made,
+// and when the key holds something that cannot be opened.
+cfg_elem *need_map(cfg *store, cfg_elem *parent, const char *key) noexcept;
+
+// Number of committed entries of the list at `path`. The two failures differ, and callers tell them apart: 0
+// without such an element, -1 when it is there and its size cannot be read.
+int32_t collection_count(cfg *store, const char *path) noexcept;
+
+// The committed entry at a 0-based index of the list at `path`, or NULL.
+cfg_elem *collection_entry(cfg *store, const char *path, int32_t index) noexcept;
+
+}  // namespace tw
+
+#endif
