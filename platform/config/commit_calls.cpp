@@ -65,18 +65,26 @@ std::string log_entry(Store &store, const Note &note) {
   return encode_commit(logged);
 }
 
-// What is left to do when the edit is in the store: new elements get their final IDs, the edit goes.
-void finish(Store &store, const Plan *plan) {
-  if (store.edit != nullptr) {
-    for (Head *head : store.edit->born) {
-      if (plan == nullptr || head->node == nullptr) continue;
-      const std::string final = plan->final_id(head->node);
-      if (final.empty()) continue;
-      auto *text = static_cast<char *>(store.head_arena.allocate(final.size() + 1, 1));
-      std::memcpy(text, final.c_str(), final.size() + 1);
-      head->final_id = text;
-    }
+// Final IDs for the handles of new elements. They are made before the commit, so that nothing can fail behind
+// it.
+using FinalIds = std::vector<std::pair<Head *, const char *>>;
+
+FinalIds final_ids(Store &store, const Plan &plan) {
+  FinalIds ids;
+  for (Head *head : store.edit->born) {
+    const std::string final = plan.final_id(head->node);
+    if (final.empty()) continue;
+    auto *text = static_cast<char *>(store.head_arena.allocate(final.size() + 1, 1));
+    std::memcpy(text, final.c_str(), final.size() + 1);
+    ids.emplace_back(head, text);
   }
+  return ids;
+}
+
+// What is left to do when the edit is in the store, or when there is none: the next call reads the newest
+// revision.
+void finish(Store &store, const FinalIds &ids) noexcept {
+  for (const auto &[head, final] : ids) head->final_id = final;
   store.drop_edit();
   store.drop_results();
   store.messages.clear();
@@ -104,10 +112,11 @@ int commit(Store &store, const Note &note) {
       if (write.remove && write.expected == 0) continue;
       request.writes.push_back({key, write.expected, write.bytes, write.remove});
     }
+    const FinalIds ids = final_ids(store, plan);
     const CommitResult result = store.engine->commit(request);
     if (result.failure) return store.fail(result.failure);
     if (result.stale) continue;
-    finish(store, result.repeated ? nullptr : &plan);
+    finish(store, result.repeated ? FinalIds{} : ids);
     return 1;
   }
   return store.fail(CFG_E_CONFLICT, "conflict: other commits came first %d times in a row", kAttempts);
@@ -184,12 +193,12 @@ int cfg_commit(cfg *store, const cfg_commit_note *note) noexcept {
       const auto newest = store->engine->snapshot(failure);
       if (newest == nullptr) return store->fail(failure);
       if (newest->find_token(checked.token) != 0) {
-        finish(*store, nullptr);
+        finish(*store, {});
         return 1;
       }
     }
     if (!has_changes(*store)) {
-      finish(*store, nullptr);
+      finish(*store, {});
       return 1;
     }
     return commit(*store, checked);

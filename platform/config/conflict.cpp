@@ -165,7 +165,10 @@ bool free_of_conflicts(Store &store, Snapshot &newest) {
   }
   LoggedCommit commit;
   for (std::uint64_t revision = oldest_seen + 1; revision <= newest.revision(); ++revision) {
-    if (!decode_commit(newest.log(revision), commit)) continue;
+    if (!decode_commit(newest.log(revision), commit)) {
+      return store.fail(CFG_E_CORRUPT, "the log of revision %llu is damaged",
+                        static_cast<unsigned long long>(revision)) != 0;
+    }
     for (const LoggedChange &change : commit.changes) {
       const auto at = hit(ours, change.path, revision);
       if (at == ours.end()) continue;

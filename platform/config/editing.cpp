@@ -5,8 +5,6 @@
 namespace twcfg {
 namespace {
 
-constexpr std::size_t kMaxMapKeys = 16384;  // keeps a map's record readable and its changes affordable
-
 Key key_of_record(const Head &record) {
   if (record.parent == nullptr) return kRootKey;
   const Head &list = *record.parent;
@@ -150,6 +148,7 @@ bool set_item(Head *map, std::string_view key, Node *value) {
     }
     return true;
   }
+  const bool revived = item != nullptr && item->node == nullptr;
   if (item == nullptr) {
     if (node->items.size() >= kMaxMapKeys) {
       return store.fail(CFG_E_LIMIT, "a map has at most %zu keys", kMaxMapKeys) != 0;
@@ -166,6 +165,8 @@ bool set_item(Head *map, std::string_view key, Node *value) {
   value->born = true;
   value->parent = node;
   value->key = name;
+  // Handles of something that stood here before and was deleted come to life again.
+  if (!node->born && (item == nullptr || revived)) ++store.generation;
   return true;
 }
 

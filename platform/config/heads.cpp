@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <functional>
 #include <new>
 #include <stdexcept>
 
@@ -98,6 +99,10 @@ void rebind(Head &head) {
     head.generation = store.generation;
   }
   head.epoch = record->own_epoch;
+  // An absence in a damaged store is not to be believed.
+  if (head.kind == CFG_NONE) {
+    if (const Failure damage = store.snapshot->failure()) store.fail(damage);
+  }
 }
 
 std::string child_id(const Head &map, const KeyName &key) {
@@ -109,17 +114,26 @@ std::string entry_id(const Head &list, std::uint32_t number) {
   return flatten(list.id()) + '-' + std::to_string(number);
 }
 
+std::uint64_t step_hash(const Head *holder, const KeyName *key, std::uint32_t number) {
+  std::uint64_t mixed = reinterpret_cast<std::uintptr_t>(holder) * 0x9e3779b97f4a7c15u;
+  mixed ^= (reinterpret_cast<std::uintptr_t>(key) + number) * 0xc2b2ae3d27d4eb4fu;
+  return mixed ^ mixed >> 29;
+}
+
 Head *known_child(Head *holder, const KeyName *key, std::uint32_t number) {
   Store &store = *holder->store;
-  const Store::Step step{holder, key, number};
-  if (const auto known = store.children.find(step); known != store.children.end()) return known->second;
+  const std::uint64_t hash = step_hash(holder, key, number);
+  Head *known = store.children.find(hash, [&](const Head &head) {
+    return head.parent == holder && head.key == key && head.number == number;
+  });
+  if (known != nullptr) return known;
   const std::string id = key != nullptr ? child_id(*holder, *key) : entry_id(*holder, number);
   if (id.size() > kMaxId) throw std::length_error("an element's ID is longer than 4,096 bytes");
   Head *head = allocate(store, id);
   head->parent = holder;
   head->key = key;
   head->number = number;
-  store.children.emplace(step, head);
+  store.children.insert(hash, head);
   return head;
 }
 
@@ -301,7 +315,9 @@ Head *entry_of(Head *list, std::uint32_t number) {
 }
 
 Head *head_by_id(Store &store, std::string_view id) {
-  if (const auto known = store.by_id.find(id); known != store.by_id.end()) return bound(known->second);
+  const std::uint64_t hash = std::hash<std::string_view>{}(id);
+  if (Head *known = store.by_id.find(hash, [&](const Head &head) { return id == head.id(); }))
+    return bound(known);
   if (id.empty() || id.size() > kMaxId) return nullptr;
   if (id.front() == '{') return born_by_id(store, id);
   Head *head = nullptr;
@@ -318,7 +334,7 @@ Head *head_by_id(Store &store, std::string_view id) {
       head = below(root_head(store), rooted);
     }
   }
-  if (head != nullptr && !head->born && id == head->id()) store.by_id.emplace(head->id(), head);
+  if (head != nullptr && !head->born && id == head->id()) store.by_id.insert(hash, head);
   return head;
 }
 
@@ -336,12 +352,23 @@ Head *new_head(Store &store, Node *node) {
   return head;
 }
 
-Head *result_head(Store &store, SearchResult *result) {
-  static constexpr char kResultId[] = "{search}";
-  Head *head = allocate(store, kResultId);
-  head->kind = CFG_LIST;
-  head->result = result;
-  return head;
+Head *result_head(Store &store, std::vector<Head *> entries) {
+  SearchResult *result = nullptr;
+  if (store.idle_results.empty()) {
+    auto fresh = std::make_unique<SearchResult>();
+    fresh->head = allocate(store, "{search}");
+    fresh->head->kind = CFG_LIST;
+    fresh->head->result = fresh.get();
+    result = fresh.get();
+    store.idle_results.reserve(store.results.size() + 1);  // so that dropping a result cannot fail
+    store.results.push_back(std::move(fresh));
+  } else {
+    result = store.idle_results.back();
+    store.idle_results.pop_back();
+  }
+  result->entries = std::move(entries);
+  result->idle = false;
+  return result->head;
 }
 
 Head *holder_of(Head *head) {

@@ -99,7 +99,8 @@ class Importer {
   }
 
   MapNode *map_node(const json_t *value, const json_t *content, bool owner, int depth) {
-    if (!json_is_object(content)) bad("a map is no object");
+    if (!json_is_object(content) || json_object_size(content) > kMaxMapKeys)
+      bad("a map is no object, or too large");
     MapNode *map = nodes_.map();
     const json_t *retired = json_object_get(value, "retired");
     if (json_object_size(value) != (retired != nullptr ? 2 : 1))

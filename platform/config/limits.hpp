@@ -14,6 +14,7 @@ inline constexpr int kMaxDepth = 64;                   // nesting of elements
 inline constexpr std::size_t kMaxRecord = 256u << 20;  // bytes of one stored record
 inline constexpr std::uint32_t kMaxNumber = 0x7fffffff;  // highest number of a list entry
 inline constexpr std::size_t kMaxShapeKeys = 64;         // maps with more keys spell them out
+inline constexpr std::size_t kMaxMapKeys = 16384;        // keeps a map affordable to read and to change
 inline constexpr std::uint32_t kMaxShapes = 1u << 16;  // beyond this, new kinds of maps spell their keys out
 inline constexpr std::size_t kRecordTarget = 1900;     // above this, lists move into records of their own
 

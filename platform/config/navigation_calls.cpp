@@ -73,7 +73,8 @@ int cfg_elem_uuid(cfg_elem *elem, char **id) noexcept {
   return guarded(store, 0, [&] {
     Head *head = bound(elem);
     if (head == nullptr) return 0;
-    char *copy = ::strdup(present_id(head).c_str());
+    // Only below what was a new element does the text differ from the present ID.
+    char *copy = ::strdup(head->id()[0] == '{' ? present_id(head).c_str() : head->id());
     if (copy == nullptr) return store->fail(CFG_E_MEMORY, "out of memory");
     *id = copy;
     return 1;

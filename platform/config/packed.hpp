@@ -77,10 +77,49 @@ inline Packed packed_record(std::string_view bytes) {
 }
 
 // The kind of a node; CFG_NONE for an empty or damaged one.
-cfg_kind kind_of(const Packed &node);
+inline cfg_kind kind_of(const Packed &node) {
+  // Indexed by tag.
+  constexpr cfg_kind kKinds[] = {CFG_NONE,   CFG_MAP,       CFG_MAP, CFG_LIST, CFG_LIST, CFG_STRING,
+                                 CFG_STRING, CFG_REFERENCE, CFG_INT, CFG_BOOL, CFG_BOOL, CFG_BLOB};
+  if (!node) return CFG_NONE;
+  const std::uint8_t tag = node.tag() & static_cast<std::uint8_t>(~kTagRetired);
+  const cfg_kind kind = tag < sizeof kKinds / sizeof kKinds[0] ? kKinds[tag] : CFG_NONE;
+  return tag == node.tag() || kind == CFG_MAP ? kind : CFG_NONE;
+}
+
+// Bytes behind a length of type L; a value that does not fit its record, or does not end in NUL, reads as
+// absent.
+template <class L>
+cfg_value bytes_of(const Packed &node, cfg_kind kind) {
+  const std::uint64_t data = std::uint64_t{node.at} + 1 + sizeof(L);
+  if (!node.has(node.at, 1 + sizeof(L))) return {};
+  const L length = load_raw<L>(node.base + node.at + 1);
+  if (!node.has(data, std::uint64_t{length} + 1) || node.base[data + length] != '\0') return {};
+  return {kind, 0, node.base + data, length};
+}
 
 // The value of a node: borrowed bytes for strings, references and blobs.
-cfg_value value_of(const Packed &node);
+inline cfg_value value_of(const Packed &node) {
+  if (!node) return {};
+  switch (node.tag()) {
+    case kTagString:
+      return bytes_of<std::uint16_t>(node, CFG_STRING);
+    case kTagLongString:
+      return bytes_of<std::uint32_t>(node, CFG_STRING);
+    case kTagReference:
+      return bytes_of<std::uint16_t>(node, CFG_REFERENCE);
+    case kTagBlob:
+      return bytes_of<std::uint32_t>(node, CFG_BLOB);
+    case kTagInt:
+      if (!node.has(node.at, 5)) return {};
+      return {CFG_INT, load_raw<std::int32_t>(node.base + node.at + 1), nullptr, 0};
+    case kTagFalse:
+    case kTagTrue:
+      return {CFG_BOOL, node.tag() == kTagTrue ? 1 : 0, nullptr, 0};
+    default:
+      return {kind_of(node), 0, nullptr, 0};
+  }
+}
 
 // A map of either form.
 class PackedMap {

@@ -86,7 +86,7 @@ bool removed(const Store &store, std::uint32_t distant, std::uint32_t number) {
 // Entries that an index names, and those that the edit has opened or added, which no index knows.
 void search_by_index(Store &store, const SearchIndex &index, const cfg_condition &leaf,
                      const cfg_condition &condition, Head *list, std::uint32_t distant,
-                     SearchResult &result) {
+                     std::vector<Head *> &result) {
   std::map<std::uint32_t, Head *> found;
   const char kind =
       static_cast<char>('0' + (leaf.kind == cfg_condition::Kind::reference ? CFG_REFERENCE : CFG_STRING));
@@ -105,11 +105,11 @@ void search_by_index(Store &store, const SearchIndex &index, const cfg_condition
       }
     }
   }
-  for (const auto &[number, head] : found) result.entries.push_back(head);
+  for (const auto &[number, head] : found) result.push_back(head);
   if (store.edit == nullptr) return;
   if (const auto changes = store.edit->lists.find(distant); changes != store.edit->lists.end()) {
     for (Node *entry : changes->second.node->added) {
-      if (holds_for(store, condition, {entry, {}})) result.entries.push_back(entry->head);
+      if (holds_for(store, condition, {entry, {}})) result.push_back(entry->head);
     }
   }
 }
@@ -125,11 +125,11 @@ Head *search(Store &store, const char *collection, const cfg_condition &conditio
     store.fail(CFG_E_CORRUPT, "the list \"%s\" is damaged", list->id());
     return nullptr;
   }
-  auto result = std::make_unique<SearchResult>();
+  std::vector<Head *> result;
   const cfg_condition *leaf = view.distant() == 0 ? nullptr : index_leaf(condition);
   const SearchIndex *index = leaf == nullptr ? nullptr : index_for(store, *leaf, *list, view.distant());
   if (index != nullptr) {
-    search_by_index(store, *index, *leaf, condition, list, view.distant(), *result);
+    search_by_index(store, *index, *leaf, condition, list, view.distant(), result);
   } else {
     std::vector<std::pair<std::uint32_t, Node *>> hits;
     view.each([&](std::uint32_t number, const Found &entry) {
@@ -138,11 +138,10 @@ Head *search(Store &store, const char *collection, const cfg_condition &conditio
     });
     for (const auto &[number, node] : hits) {
       Head *head = number == 0 ? node->head : entry_of(list, number);
-      if (head != nullptr) result->entries.push_back(head);
+      if (head != nullptr) result.push_back(head);
     }
   }
-  store.results.push_back(std::move(result));
-  return result_head(store, store.results.back().get());
+  return result_head(store, std::move(result));
 }
 
 }  // namespace

@@ -1,21 +1,6 @@
 #include "store.hpp"
 
-#include <pthread.h>
-
-#include <atomic>
 #include <cstdio>
-
-namespace twcfg {
-
-unsigned process_epoch() {
-  static std::atomic<unsigned> epoch{0};
-  static const int registered =
-      pthread_atfork(nullptr, nullptr, [] { epoch.fetch_add(1, std::memory_order_relaxed); });
-  static_cast<void>(registered);
-  return epoch.load(std::memory_order_relaxed);
-}
-
-}  // namespace twcfg
 
 int cfg::fail(cfg_code code, const char *format, ...) {
   char text[1024];
@@ -54,14 +39,20 @@ twcfg::Edit &cfg::editing() {
 
 void cfg::drop_edit() {
   if (edit == nullptr) return;
-  for (twcfg::Head *head : edit->born) head->node = nullptr;
+  for (twcfg::Head *head : edit->born) {
+    head->node = nullptr;
+    ++head->own_epoch;
+  }
   edit.reset();
   ++generation;
 }
 
 void cfg::drop_results() {
-  // The handles of the lists stay, as every handle does; they behave like empty ones.
-  for (const auto &result : results) result->entries.clear();
+  for (const auto &result : results) {
+    result->entries.clear();
+    if (!result->idle) idle_results.push_back(result.get());
+    result->idle = true;
+  }
 }
 
 void cfg::move_to(std::unique_ptr<twcfg::Snapshot> newer) {

@@ -11,7 +11,9 @@
 #include <twconfig.h>
 
 #include "engine/engine.hpp"
+#include "engine/fork_epoch.hpp"
 #include "head.hpp"
+#include "head_table.hpp"
 #include "key_name.hpp"
 #include "key_space.hpp"
 #include "limits.hpp"
@@ -21,9 +23,6 @@
 #include "shape.hpp"
 
 namespace twcfg {
-
-// Moves on in every child process.
-unsigned process_epoch();
 
 // A record that the edit has unpacked.
 struct RecordEdit {
@@ -61,11 +60,14 @@ struct ListNumbers {
 };
 
 struct SearchResult {
+  Head *head = nullptr;
   std::vector<Head *> entries;
+  bool idle = false;
 };
 
 // Where a key set's keys stand in maps of one shape.
 struct KeysetSlots {
+  const char *const *keys = nullptr;
   std::vector<const KeyName *> names;
   std::vector<std::vector<std::int16_t>> by_shape;
 };
@@ -75,7 +77,7 @@ struct KeysetSlots {
 struct cfg {
   std::shared_ptr<twcfg::Engine> engine;
   bool read_only = false;
-  unsigned fork_epoch = 0;
+  std::uint64_t fork_epoch = 0;
 
   std::unique_ptr<twcfg::Snapshot> snapshot;  // opened by the first call that reads
   std::uint64_t generation = 1;
@@ -85,28 +87,15 @@ struct cfg {
 
   std::pmr::monotonic_buffer_resource head_arena;
   twcfg::Head *root = nullptr;
-  struct Step {
-    const twcfg::Head *parent;
-    const twcfg::KeyName *key;
-    std::uint32_t number;
-    bool operator==(const Step &) const = default;
-  };
-  struct StepHash {
-    std::size_t operator()(const Step &step) const {
-      const auto a = reinterpret_cast<std::uintptr_t>(step.parent) >> 4;
-      const auto b = reinterpret_cast<std::uintptr_t>(step.key) >> 3;
-      return (a * 0x9e3779b97f4a7c15u) ^ (b * 0xc2b2ae3d27d4eb4fu) ^ (step.number * 0x165667b19e3779f9u);
-    }
-  };
-  std::unordered_map<Step, twcfg::Head *, StepHash> children;
-  std::unordered_map<std::string_view, twcfg::Head *>
-      by_id;                        // IDs that were looked up; keys are the heads' own texts
+  twcfg::HeadTable children;        // by holder and step
+  twcfg::HeadTable by_id;           // those that were looked up, by the text of their ID
   std::string nonce;                // front of this handle's provisional IDs
   std::vector<twcfg::Head *> born;  // every new element, by the number in its ID
   std::unordered_map<const cfg_keyset *, twcfg::KeysetSlots> keysets;
   std::unordered_map<std::uint32_t, twcfg::ListNumbers> list_numbers;
   std::unordered_map<std::string, twcfg::SearchIndex> indexes;
   std::vector<std::unique_ptr<twcfg::SearchResult>> results;
+  std::vector<twcfg::SearchResult *> idle_results;  // dropped ones, used again by the next searches
 
   std::unique_ptr<twcfg::Edit> edit;
   twcfg::MessageList messages;
@@ -120,7 +109,7 @@ struct cfg {
 
   // False, with the reason noted, in a child of the process that opened the handle.
   bool in_own_process() {
-    if (fork_epoch == twcfg::process_epoch()) return true;
+    if (fork_epoch == twcfg::fork_epoch()) return true;
     return fail(CFG_E_FORKED, "the handle belongs to the parent process") != 0;
   }
   // Makes sure that there is a snapshot. False with the reason noted.
@@ -166,7 +155,7 @@ Head *head_by_id(Store &store, std::string_view id);
 // The list whose entries' IDs begin with `front`: "nodes", or "nodes-12_ports" for one inside an entry.
 Head *list_by_front(Store &store, std::string_view front);
 Head *new_head(Store &store, Node *node);
-Head *result_head(Store &store, SearchResult *result);
+Head *result_head(Store &store, std::vector<Head *> entries);
 Head *holder_of(Head *head);  // bound holder, also of new elements
 // Whether an opened record or list is still what its head is bound to; not so when the edit has removed it
 // since.

@@ -24,7 +24,7 @@ cfg *open_handle(cfg_failure *out, bool read_only, Open &&open_engine) noexcept 
   try {
     auto store = std::make_unique<cfg>();
     store->read_only = read_only;
-    store->fork_epoch = process_epoch();
+    store->fork_epoch = fork_epoch();
     std::uint64_t random = 0;
     if (::getrandom(&random, sizeof random, 0) != sizeof random) {
       failure = {CFG_E_IO, "no random bytes are to be had"};

@@ -43,8 +43,11 @@ bool tw::load_etags(cfg_node &node, cfg_elem *elem) {
   for (int32_t i = 0; i < size; ++i) {
     cfg_etag &etag = etags[static_cast<size_t>(i)];
     cfg_elem *entry = cfg_simple_get_listelem(node.cfg, list, i);
-    if (cfg_elem_kind(entry) != CFG_MAP) continue;
-    if (!tw::take_uuid(etag.uuid, entry) || !tw::load(etag_keys, etag, entry)) return false;
+    if (tw::load(etag_keys, etag, entry)) {
+      if (!tw::take_uuid(etag.uuid, entry)) return false;
+    } else if (cfg_elem_kind(entry) == CFG_MAP) {
+      return false;  // nothing but memory can be missing
+    }
   }
   node.etags = std::move(etags);
   return true;

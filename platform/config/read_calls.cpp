@@ -1,0 +1,124 @@
+// The C functions that read many values at once without copies.
+#include "calls.hpp"
+#include "list_view.hpp"
+#include "store.hpp"
+
+using namespace twcfg;
+
+namespace {
+
+// Reads the keys of one set from map after map. Where the keys stand in the maps of a shape is worked out
+// once for each pair of set and shape.
+class KeyReader {
+ public:
+  KeyReader(Store &store, const cfg_keyset &set) : store_(store), set_(set), known_(store.keysets[&set]) {
+    if (known_.keys == set.keys && known_.names.size() == set.count) return;
+    known_ = {set.keys, {}, {}};
+    for (std::size_t i = 0; i < set.count; ++i) known_.names.push_back(store.names.intern(set.keys[i]));
+  }
+
+  bool read(const Found &map, cfg_value *values) {
+    if (map.node != nullptr) return read_node(map.node, values);
+    const PackedMap packed(map.stored, store_.shapes, *store_.snapshot);
+    if (!packed) return false;
+    if (packed.shape() == nullptr) {
+      for (std::size_t i = 0; i < set_.count; ++i)
+        values[i] = value_of(packed.find(set_.keys[i], store_.names));
+      return true;
+    }
+    if (packed.shape() != shape_) look_at(*packed.shape());
+    for (std::size_t i = 0; i < set_.count; ++i) {
+      values[i] = slots_[i] < 0 ? cfg_value{} : value_of(packed.child(static_cast<std::uint32_t>(slots_[i])));
+    }
+    return true;
+  }
+
+ private:
+  bool read_node(Node *node, cfg_value *values) {
+    MapNode *map = as_map(node);
+    if (map == nullptr) return false;
+    for (std::size_t i = 0; i < set_.count; ++i) {
+      const MapItem *item = map->find(known_.names[i]);
+      values[i] = item == nullptr || item->node == nullptr ? cfg_value{} : value_of(*item->node);
+    }
+    return true;
+  }
+
+  void look_at(const Shape &shape) {
+    if (known_.by_shape.size() <= shape.number()) known_.by_shape.resize(shape.number() + 1);
+    std::vector<std::int16_t> &slots = known_.by_shape[shape.number()];
+    if (slots.empty()) {
+      slots.reserve(set_.count);
+      for (const KeyName *name : known_.names) slots.push_back(static_cast<std::int16_t>(shape.slot(name)));
+    }
+    shape_ = &shape;
+    slots_ = slots.data();
+  }
+
+  Store &store_;
+  const cfg_keyset &set_;
+  KeysetSlots &known_;
+  const Shape *shape_ = nullptr;
+  const std::int16_t *slots_ = nullptr;
+};
+
+bool sound(const cfg_keyset *set) { return set != nullptr && set->keys != nullptr && set->count > 0; }
+
+}  // namespace
+
+int cfg_map_read(cfg_elem *map, const cfg_keyset *set, cfg_value *values) noexcept {
+  if (map == nullptr || !sound(set) || values == nullptr) return 0;
+  Store *store = Head::of(map)->store;
+  return guarded(store, 0, [&] {
+    Head *head = bound(map);
+    if (head == nullptr) return 0;
+    if (head->kind != CFG_MAP) return store->fail(CFG_E_ARGUMENT, "\"%s\" is no map", head->id());
+    return KeyReader(*store, *set).read({head->node, head->stored}, values) ? 1 : 0;
+  });
+}
+
+int cfg_map_has(cfg_elem *map, const char *key) noexcept {
+  if (map == nullptr || key == nullptr) return 0;
+  return guarded(Head::of(map)->store, 0, [&] {
+    Head *head = bound(map);
+    return head != nullptr && head->kind == CFG_MAP && find_key(head, key) ? 1 : 0;
+  });
+}
+
+int cfg_elem_read(cfg_elem *elem, cfg_value *value) noexcept {
+  if (elem == nullptr || value == nullptr) return 0;
+  return guarded(Head::of(elem)->store, 0, [&] {
+    Head *head = bound(elem);
+    if (head == nullptr) return 0;
+    *value = head->result != nullptr ? cfg_value{CFG_LIST, 0, nullptr, 0}
+                                     : Found{head->node, head->stored}.value();
+    return 1;
+  });
+}
+
+int cfg_list_scan(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor visit, void *context) noexcept {
+  if (list == nullptr || !sound(set) || visit == nullptr) return 0;
+  Store *store = Head::of(list)->store;
+  return guarded(store, 0, [&] {
+    Head *head = checked(store, list, CFG_LIST);
+    if (head == nullptr) return 0;
+    std::vector<cfg_value> values(set->count);
+    KeyReader reader(*store, *set);
+    const auto visit_entry = [&](std::int32_t index, const Found &entry) {
+      if (!reader.read(entry, values.data())) values.assign(set->count, cfg_value{});
+      return visit(context, index, values.data()) != 0;
+    };
+    std::int32_t index = 0;
+    if (head->result != nullptr) {
+      for (Head *result : head->result->entries) {
+        const Head *entry = bound(result);
+        if (!visit_entry(index++, entry == nullptr ? Found{} : Found{entry->node, entry->stored})) break;
+      }
+      return 1;
+    }
+    const ListView view(head);
+    if (!view) return store->fail(CFG_E_CORRUPT, "the list \"%s\" is damaged", head->id());
+    view.each([&](std::uint32_t, const Found &entry) { return visit_entry(index++, entry); });
+    return 1;
+  });
+}
