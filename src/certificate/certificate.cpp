@@ -7,6 +7,7 @@
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
 #include "record/owned_certificate.hpp"
+#include "record/tables.hpp"
 
 namespace {
 
