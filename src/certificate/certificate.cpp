@@ -8,6 +8,7 @@
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
 #include "record/owned_certificate.hpp"
+#include "record/tables.hpp"
 
 namespace {
 
