@@ -37,13 +37,11 @@ int print_time(cfg *store, std::chrono::steady_clock::time_point start) {
   return 0;
 }
 
-int print_memory(cfg *store, int nodes, long long heap_before, long long anonymous_before) {
-  const auto print = [&] {
-    std::printf("%lld %lld ", heap_bytes() - heap_before, anonymous_bytes() - anonymous_before);
-  };
-  print();
+// Heap since the handle was opened and resident memory since before, after 0, 1, 100 and `nodes` nodes.
+int print_memory(cfg *store, int nodes, long long resident_before) {
+  const long long heap_before = heap_bytes();
   int read = 0;
-  for (const int count : {1, 100, nodes}) {
+  for (const int count : {0, 1, 100, nodes}) {
     for (; read < count; ++read) {
       char id[32];
       std::snprintf(id, sizeof id, "nodes-%d", read + 1);
@@ -51,7 +49,7 @@ int print_memory(cfg *store, int nodes, long long heap_before, long long anonymo
       if (node == nullptr) return 1;
       cfg_node_free(node);
     }
-    print();
+    std::printf("%lld %lld ", heap_bytes() - heap_before, anonymous_bytes() - resident_before);
   }
   std::printf("\n");
   return 0;
@@ -61,17 +59,18 @@ int print_memory(cfg *store, int nodes, long long heap_before, long long anonymo
 
 int main(int argc, char **argv) {
   const auto start = std::chrono::steady_clock::now();
+  if (argc == 2 && std::strcmp(argv[1], "idle") == 0) return 0;
   if (argc < 3) return 2;
   const bool memory = std::strcmp(argv[1], "memory") == 0;
-  const long long heap = memory ? heap_bytes() : 0, anonymous = memory ? anonymous_bytes() : 0;
+  const long long resident = memory ? anonymous_bytes() : 0;
   cfg_failure failure = {};
   cfg *store = cfg_open(argv[2], 0, &failure);
   if (store == nullptr) {
     std::fprintf(stderr, "%s\n", failure.text);
     return 1;
   }
-  const int result = memory ? print_memory(store, argc > 3 ? std::atoi(argv[3]) : 1, heap, anonymous)
-                            : print_time(store, start);
+  const int result =
+      memory ? print_memory(store, argc > 3 ? std::atoi(argv[3]) : 1, resident) : print_time(store, start);
   cfg_close(store);
   return result;
 }

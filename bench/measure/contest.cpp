@@ -1,10 +1,20 @@
 #include "measure/contest.hpp"
 
+#include <time.h>
+
 #include <algorithm>
-#include <chrono>
 #include <stdexcept>
 
 namespace bench {
+namespace {
+
+double now(Contest::Clock clock) {
+  timespec time{};
+  clock_gettime(clock == Contest::wall ? CLOCK_MONOTONIC : CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
+}
+
+}  // namespace
 
 double median(std::vector<double> values) {
   if (values.empty()) return 0;
@@ -18,16 +28,17 @@ void Contest::enter(std::string name, Run run, Run prepare) {
 }
 
 void Contest::run(std::size_t rounds, std::size_t operations) {
-  using Clock = std::chrono::steady_clock;
   for (std::size_t round = 0; round <= rounds; ++round) {
     for (std::size_t turn = 0; turn < entrants_.size(); ++turn) {
       // Another one begins each round, so that none always runs behind the same predecessor.
       Entrant &entrant = entrants_[(round + turn) % entrants_.size()];
       if (entrant.prepare) entrant.prepare(round);
-      const Clock::time_point start = Clock::now();
+      const double start[] = {now(wall), now(processor)};
       entrant.run(round);
-      const std::chrono::duration<double, std::nano> taken = Clock::now() - start;
-      if (round > 0) entrant.nanoseconds.push_back(taken.count() / static_cast<double>(operations));
+      const double end[] = {now(wall), now(processor)};
+      if (round == 0) continue;
+      for (const Clock clock : {wall, processor})
+        entrant.nanoseconds[clock].push_back((end[clock] - start[clock]) / static_cast<double>(operations));
     }
   }
 }
@@ -49,10 +60,12 @@ std::vector<std::string> Contest::names() const {
   return names;
 }
 
-double Contest::nanoseconds(const std::string &name) const { return median(find(name).nanoseconds); }
+double Contest::nanoseconds(const std::string &name, Clock clock) const {
+  return median(find(name).nanoseconds[clock]);
+}
 
-double Contest::ratio(const std::string &name, const std::string &peer) const {
-  const std::vector<double> &ours = find(name).nanoseconds, &theirs = find(peer).nanoseconds;
+double Contest::ratio(const std::string &name, const std::string &peer, Clock clock) const {
+  const std::vector<double> &ours = find(name).nanoseconds[clock], &theirs = find(peer).nanoseconds[clock];
   std::vector<double> ratios;
   for (std::size_t i = 0; i < ours.size(); ++i) ratios.push_back(ours[i] / theirs[i]);
   return median(ratios);

@@ -2,6 +2,7 @@
 // hits all of them alike, and one disturbed round moves no median.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -20,10 +21,13 @@ class Contest {
   // One unmeasured round, then `rounds` measured ones; each call of Run does `operations` operations.
   void run(std::size_t rounds, std::size_t operations);
 
+  // Wall time, or the time that this thread was running, in the kernel included: what is left when the disk
+  // is waited for.
+  enum Clock { wall, processor };
   // Median nanoseconds of one operation.
-  double nanoseconds(const std::string &name) const;
+  double nanoseconds(const std::string &name, Clock clock = wall) const;
   // Median over the rounds of what `name` took in proportion to `peer`.
-  double ratio(const std::string &name, const std::string &peer) const;
+  double ratio(const std::string &name, const std::string &peer, Clock clock = wall) const;
   bool has(const std::string &name) const;
   std::vector<std::string> names() const;
 
@@ -31,7 +35,7 @@ class Contest {
   struct Entrant {
     std::string name;
     Run run, prepare;
-    std::vector<double> nanoseconds;
+    std::array<std::vector<double>, 2> nanoseconds;  // by clock
   };
   const Entrant &find(const std::string &name) const;
   std::vector<Entrant> entrants_;

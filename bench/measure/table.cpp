@@ -52,11 +52,11 @@ std::string duration_text(double nanoseconds) {
 }
 
 void Table::compare(const std::string &figure, const Contest &contest, const std::string &ours,
-                    const std::string &peer, Target target) {
-  const double ratio = contest.ratio(ours, peer);
-  rows_.push_back({figure, duration_text(contest.nanoseconds(ours)), peer,
-                   duration_text(contest.nanoseconds(peer)), ratio_text(ratio, target), target_text(target),
-                   verdict(ratio, target)});
+                    const std::string &peer, Target target, Contest::Clock clock) {
+  const double ratio = contest.ratio(ours, peer, clock);
+  rows_.push_back({figure, duration_text(contest.nanoseconds(ours, clock)), peer,
+                   duration_text(contest.nanoseconds(peer, clock)), ratio_text(ratio, target),
+                   target_text(target), verdict(ratio, target)});
 }
 
 void Table::limit(const std::string &figure, double value, double limit, const std::string &unit) {

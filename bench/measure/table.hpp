@@ -20,7 +20,7 @@ class Table {
  public:
   // Ours against a peer of one contest.
   void compare(const std::string &figure, const Contest &contest, const std::string &ours,
-               const std::string &peer, Target target);
+               const std::string &peer, Target target, Contest::Clock clock = Contest::wall);
   // A figure with a limit of its own, both in the same unit.
   void limit(const std::string &figure, double value, double limit, const std::string &unit);
   // A line for a figure that was not measured.
