@@ -31,6 +31,9 @@ constexpr std::uint16_t kIntegerKey = 0x08;
 constexpr std::uint16_t kBigData = 0x01;
 constexpr std::uint16_t kBranch = 0x01, kLeaf = 0x02, kOverflow = 0x04, kMeta = 0x08, kKinds = 0x2f;
 
+// Another process may be writing a meta page: what is wrong only for a moment is not wrong.
+constexpr int kAttempts = 3;
+
 class PageBytes {
  public:
   explicit PageBytes(std::size_t size) : bytes_(size) {}
@@ -95,7 +98,13 @@ std::string read_meta_pages(int file, MetaPage (&metas)[2]) {
   if (std::string wrong = parse_meta(page, metas[0]); !wrong.empty()) return wrong;
   if (!page.read(file, metas[0].page_size)) return "shorter than its second page";
   if (std::string wrong = parse_meta(page, metas[1]); !wrong.empty()) return wrong;
-  if (metas[0].page_size != metas[1].page_size) return "its first two pages contradict each other";
+  // Transactions are written to the two pages in turn, the even ones to the first. A new file has no
+  // transaction yet.
+  const std::uint64_t even = metas[0].transaction;
+  const std::uint64_t odd = metas[1].transaction;
+  const bool in_turn = (even == 0 && odd == 0) || (even % 2 == 0 && (odd == even + 1 || odd + 1 == even));
+  if (!in_turn || metas[0].page_size != metas[1].page_size)
+    return "its first two pages contradict each other";
   if (metas[1].transaction > metas[0].transaction) std::swap(metas[0], metas[1]);
   return {};
 }
@@ -252,9 +261,8 @@ class PageWalk {
 }  // namespace
 
 Failure check_meta_pages(int file, const std::string &path, MetaPage &newest) {
-  // Another process may be writing a meta page: what is wrong only for a moment is not wrong.
   std::string wrong;
-  for (int attempt = 0; attempt < 3; attempt++) {
+  for (int attempt = 0; attempt < kAttempts; attempt++) {
     wrong = meta_problem(file, newest);
     if (wrong.empty()) return {};
   }
@@ -263,7 +271,10 @@ Failure check_meta_pages(int file, const std::string &path, MetaPage &newest) {
 
 bool check_all_pages(int file, std::uint64_t transaction, const Engine::Problem &problem) {
   MetaPage metas[2];
-  if (const std::string wrong = read_meta_pages(file, metas); !wrong.empty()) {
+  std::string wrong = "unread";
+  for (int attempt = 0; attempt < kAttempts && !wrong.empty(); attempt++)
+    wrong = read_meta_pages(file, metas);
+  if (!wrong.empty()) {
     problem("meta pages", wrong);
     return true;
   }
