@@ -16,6 +16,7 @@ namespace {
 // a page header, the numbers below, and nothing else; a tree record in it is 48 bytes long.
 constexpr std::uint32_t kMagic = 0xBEEFC0DE;
 constexpr std::uint32_t kVersion = 1;
+constexpr const char *kNewerVersion = "written by a newer LMDB than this library knows";
 constexpr std::size_t kHeader = 16;
 constexpr std::size_t kFreeTree = 40;
 constexpr std::size_t kRecordTree = 88;
@@ -78,6 +79,7 @@ bool valid_page_size(std::size_t size) { return size >= 512 && size <= 65536 && 
 // What is wrong with a meta page; its numbers go to `meta`.
 std::string parse_meta(const PageBytes &page, MetaPage &meta) {
   if ((page.kind() & kMeta) == 0 || page.at<std::uint32_t>(kHeader) != kMagic) return "no LMDB data file";
+  if (page.at<std::uint32_t>(kHeader + 4) > kVersion) return kNewerVersion;
   if (page.at<std::uint32_t>(kHeader + 4) != kVersion) return "an LMDB data file of another version";
   meta.page_size = page.at<std::uint32_t>(kFreeTree);
   meta.last_page = page.at<std::uint64_t>(kLastPage);
@@ -266,7 +268,7 @@ Failure check_meta_pages(int file, const std::string &path, MetaPage &newest) {
     wrong = meta_problem(file, newest);
     if (wrong.empty()) return {};
   }
-  return {CFG_E_CORRUPT, path + ": " + wrong};
+  return {wrong == kNewerVersion ? CFG_E_VERSION : CFG_E_CORRUPT, path + ": " + wrong};
 }
 
 bool check_all_pages(int file, std::uint64_t transaction, const Engine::Problem &problem) {
