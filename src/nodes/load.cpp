@@ -1,6 +1,4 @@
 // Loading a node whole, by element, by ID, by index and several at once.
-#include <new>
-
 #include "nodes/node.hpp"
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
@@ -71,11 +69,11 @@ bool load_kind(node &record, cfg_elem *elem) {
 }
 
 constexpr tw::named_list lists[] = {
-    {"node load, every product", common, false},
-    {"node load, tarnwell", tarnwell, false},
-    {"node load, tarnwell, \"ssh\"", tarnwell_ssh, false},
-    {"node load, credential and generic", credentials, false},
-    {"node load, generic", generic, false},
+    {"node load, every product", common},
+    {"node load, tarnwell", tarnwell},
+    {"node load, tarnwell, \"ssh\"", tarnwell_ssh},
+    {"node load, credential and generic", credentials},
+    {"node load, generic", generic},
 };
 
 }  // namespace
@@ -83,14 +81,10 @@ constexpr tw::named_list lists[] = {
 const tw::tables tw::node_load_tables = lists;
 
 std::unique_ptr<cfg_node> tw::load_node(cfg *store, cfg_elem *elem) noexcept {
-  if (!elem) return nullptr;
-  return tw::guarded([&] {
-    auto record = std::make_unique<node>();
-    record->cfg = store;
-    const bool loaded =
-        tw::take_uuid(record->uuid, elem) && tw::load(common, *record, elem) && load_kind(*record, elem);
-    return loaded ? std::move(record) : nullptr;
-  });
+  auto record = new_view<node>(store, elem);
+  const bool loaded =
+      record && guarded([&] { return tw::load(common, *record, elem) && load_kind(*record, elem); });
+  return loaded ? std::move(record) : nullptr;
 }
 
 cfg_node *cfg_get_node_by_id(cfg *store, const char *id) noexcept {

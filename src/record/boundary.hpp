@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "record/text.hpp"
+#include "record/helpers.hpp"
 
 namespace tw {
 
@@ -41,10 +41,11 @@ int set(Record *record, Value value) noexcept {
   return 1;
 }
 
-// The body of a string setter that always replaces: NULL and "" clear the field.
+// The body of a string setter: NULL and "" clear the field. The node family's setters answer differently
+// (set_string() in helpers.hpp).
 template <auto Member, class Record>
 int replace(Record *record, const char *value) noexcept {
-  return record && (record->*Member).set(value);
+  return record && _set_string(&(record->*Member), value);
 }
 
 }  // namespace tw

@@ -188,6 +188,8 @@ struct load_rows : row_list {
   cfg_keyset keys;
 };
 
+struct store_rows : row_list {};
+
 inline constexpr std::size_t max_rows = 64;
 
 template <class Record, std::size_t N>
@@ -208,10 +210,10 @@ struct load_list : load_rows {
 };
 
 template <class Record, std::size_t N>
-struct store_list : row_list {
+struct store_list : store_rows {
   row_data rows_[N];
 
-  constexpr explicit store_list(const row<Record> (&list)[N]) : row_list{rows_, N}, rows_{} {
+  constexpr explicit store_list(const row<Record> (&list)[N]) : store_rows{{rows_, N}}, rows_{} {
     for (std::size_t i = 0; i < N; ++i) rows_[i] = list[i];
   }
   store_list(const store_list &) = delete;

@@ -14,6 +14,9 @@ struct named_list {
   const char *name;
   const row_list &list;
   bool stores;
+
+  constexpr named_list(const char *name_, const load_rows &rows) : name(name_), list(rows), stores(false) {}
+  constexpr named_list(const char *name_, const store_rows &rows) : name(name_), list(rows), stores(true) {}
 };
 using tables = std::span<const named_list>;
 
