@@ -8,14 +8,8 @@ namespace {
 
 using enrollment = cfg_enrollment;
 
-bool load_certificate(void *record, const cfg_value &reference) {
-  auto *self = static_cast<enrollment *>(record);
-  self->certificate.reset(cfg_get_certificate_by_id(self->cfg, reference.data));
-  return true;
-}
-
-constexpr auto certificate =
-    tw::hook_row<enrollment>("cert", CFG_REFERENCE, load_certificate, "load_certificate");
+constexpr auto certificate = tw::hook_row<enrollment>(
+    "cert", CFG_REFERENCE, tw::load_certificate<&enrollment::certificate>, "load_certificate");
 constexpr auto name = tw::string_row<&enrollment::name>("name");
 constexpr auto product = tw::string_row<&enrollment::product>("product");
 constexpr auto status = tw::string_row<&enrollment::status>("status");
@@ -111,8 +105,8 @@ cfg_enrollment *cfg_enrollment_get_by_id(cfg *store, const char *id) noexcept {
   cfg_elem *elem = cfg_get_by_id(store, id);
   if (!elem) return nullptr;
   auto record = tw::new_view<cfg_enrollment>(store);
-  // The ID stays the one that was given, a provisional one too: only cfg_enrollment_get_uuid() looks it up
-  // anew, and a save before that still takes the node for one that has no final ID.
+  // The ID is kept as it was given, a provisional one too, until cfg_enrollment_get_uuid() looks it up anew:
+  // a save before that still names a "tarnwell" node "tempname".
   if (!record || !record->uuid.set(id)) return nullptr;
   const bool loaded =
       tw::guarded([&] { return tw::load(load_common, *record, elem) && load_kind(*record, elem); });

@@ -8,13 +8,6 @@ namespace {
 
 using node = cfg_node;
 
-// The certificate is resolved on the spot. One that cannot be loaded leaves the node without certificate.
-bool load_certificate(void *record, const cfg_value &reference) {
-  auto *self = static_cast<node *>(record);
-  self->certificate.reset(cfg_get_certificate_by_id(self->cfg, reference.data));
-  return true;
-}
-
 // Of an optional key only a value of the right kind counts: "name" and "status" alone decide whether a node
 // can be loaded. The look-ups rely on it; they judge nodes that they pass over by these two keys.
 constexpr tw::load_list common({
@@ -32,7 +25,8 @@ constexpr tw::load_list common({
 });
 
 constexpr tw::load_list tarnwell({
-    lenient(tw::hook_row<node>("cert", CFG_REFERENCE, load_certificate, "load_certificate")),
+    lenient(tw::hook_row<node>("cert", CFG_REFERENCE, tw::load_certificate<&node::certificate>,
+                               "load_certificate")),
 });
 constexpr tw::load_list tarnwell_ssh({
     lenient(tw::int_row<&node::ssh_port>("port")),

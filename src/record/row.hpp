@@ -198,7 +198,7 @@ struct load_list : load_rows {
   row_data rows_[N];
   const char *keys_[N];
 
-  constexpr explicit load_list(const row<Record> (&list)[N])
+  consteval explicit load_list(const row<Record> (&list)[N])
       : load_rows{{rows_, N}, {keys_, N}}, rows_{}, keys_{} {
     for (std::size_t i = 0; i < N; ++i) {
       rows_[i] = list[i];
@@ -213,8 +213,11 @@ template <class Record, std::size_t N>
 struct store_list : store_rows {
   row_data rows_[N];
 
-  constexpr explicit store_list(const row<Record> (&list)[N]) : store_rows{{rows_, N}}, rows_{} {
-    for (std::size_t i = 0; i < N; ++i) rows_[i] = list[i];
+  consteval explicit store_list(const row<Record> (&list)[N]) : store_rows{{rows_, N}}, rows_{} {
+    for (std::size_t i = 0; i < N; ++i) {
+      if (!list[i].store) throw "a hook row is not written";
+      rows_[i] = list[i];
+    }
   }
   store_list(const store_list &) = delete;
   store_list &operator=(const store_list &) = delete;
