@@ -182,12 +182,12 @@ struct row_list {
   std::size_t count;
 };
 
-// A load list also keeps its keys side by side, at an address that the store remembers them by: always define
-// it as a constexpr variable at namespace scope.
+// A load list also keeps its keys side by side, at an address that the store remembers them by. Lists point
+// into themselves and are made by the compiler alone, so that none compiles that does not stand still: define
+// them as constexpr variables at namespace scope.
 struct load_rows : row_list {
   cfg_keyset keys;
 };
-
 struct store_rows : row_list {};
 
 inline constexpr std::size_t max_rows = 64;
