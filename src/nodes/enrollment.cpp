@@ -88,8 +88,8 @@ const char *cfg_enrollment_get_password(const cfg_enrollment *enrollment) noexce
 }
 int cfg_enrollment_set_credentials(cfg_enrollment *enrollment, const char *username,
                                    const char *password) noexcept {
-  const int user = tw::replace<&cfg_enrollment::username>(enrollment, username);
-  return tw::replace<&cfg_enrollment::password>(enrollment, password) && user;
+  return tw::replace_both<&cfg_enrollment::username, &cfg_enrollment::password>(enrollment, username,
+                                                                                password);
 }
 
 uint32_t cfg_enrollment_get_base_port(const cfg_enrollment *enrollment) noexcept {

@@ -8,6 +8,12 @@ namespace {
 
 using node = cfg_node;
 
+// Only "tarnwell" nodes hold a certificate; the product stands above it in the list.
+bool load_certificate(void *record, const cfg_value &reference) {
+  if (tw::kind_of(static_cast<node *>(record)->product) != tw::product_kind::tarnwell) return true;
+  return tw::load_certificate<&node::certificate>(record, reference);
+}
+
 // Of an optional key only a value of the right kind counts: "name" and "status" alone decide whether a node
 // can be loaded. The look-ups rely on it; they judge nodes that they pass over by these two keys.
 constexpr tw::load_list common({
@@ -22,23 +28,22 @@ constexpr tw::load_list common({
     lenient(tw::string_row<&node::model>("model")),
     lenient(tw::string_row<&node::serial_number>("serial_number")),
     lenient(tw::bool_row<&node::approved>("approved")),
+    lenient(tw::hook_row<node>("cert", CFG_REFERENCE, load_certificate, "load_certificate")),
 });
 
-constexpr tw::load_list tarnwell({
-    lenient(tw::hook_row<node>("cert", CFG_REFERENCE, tw::load_certificate<&node::certificate>,
-                               "load_certificate")),
-});
 constexpr tw::load_list tarnwell_ssh({
     lenient(tw::int_row<&node::ssh_port>("port")),
 });
 
-constexpr tw::load_list credentials({
-    lenient(tw::string_row<&node::address>("address")),
-    lenient(tw::string_row<&node::username>("username")),
-    lenient(tw::string_row<&node::password>("password")),
-});
+constexpr auto address = lenient(tw::string_row<&node::address>("address"));
+constexpr auto username = lenient(tw::string_row<&node::username>("username"));
+constexpr auto password = lenient(tw::string_row<&node::password>("password"));
 
+constexpr tw::load_list credential({address, username, password});
 constexpr tw::load_list generic({
+    address,
+    username,
+    password,
     lenient(tw::string_row<&node::connection_method>("connection_method")),
     lenient(tw::int_row<&node::port_label_count>("port_count")),
     lenient(tw::int_row<&node::base_port>("base_port")),
@@ -47,13 +52,13 @@ constexpr tw::load_list generic({
 bool load_kind(node &record, cfg_elem *elem) {
   switch (tw::kind_of(record.product)) {
     case tw::product_kind::tarnwell:
-      if (!tw::load_etags(record, elem) || !tw::load(tarnwell, record, elem)) return false;
+      if (!tw::load_etags(record, elem)) return false;
       tw::load(tarnwell_ssh, record, cfg_simple_get_mapelem(record.cfg, elem, "ssh"));
       return true;
     case tw::product_kind::credential:
-      return tw::load(credentials, record, elem);
+      return tw::load(credential, record, elem);
     case tw::product_kind::generic:
-      return tw::load(credentials, record, elem) && tw::load(generic, record, elem) &&
+      return tw::load(generic, record, elem) &&
              record.port_labels.load(record.port_label_count, record.cfg,
                                      cfg_simple_get_mapelem(record.cfg, elem, "port_labels"));
     case tw::product_kind::other:
@@ -64,9 +69,8 @@ bool load_kind(node &record, cfg_elem *elem) {
 
 constexpr tw::named_list lists[] = {
     {"node load, every product", common},
-    {"node load, tarnwell", tarnwell},
     {"node load, tarnwell, \"ssh\"", tarnwell_ssh},
-    {"node load, credential and generic", credentials},
+    {"node load, credential", credential},
     {"node load, generic", generic},
 };
 

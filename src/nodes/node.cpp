@@ -122,8 +122,7 @@ const char *cfg_node_get_password(const cfg_node *node) noexcept {
   return tw::get<&cfg_node::password>(node);
 }
 int cfg_node_set_credentials(cfg_node *node, const char *username, const char *password) noexcept {
-  const int user = tw::replace<&cfg_node::username>(node, username);
-  return tw::replace<&cfg_node::password>(node, password) && user;
+  return tw::replace_both<&cfg_node::username, &cfg_node::password>(node, username, password);
 }
 
 uint32_t cfg_node_get_base_port(const cfg_node *node) noexcept { return tw::get<&cfg_node::base_port>(node); }
