@@ -1,10 +1,7 @@
 // What only a terminal sees: colours, questions, the password prompt.
-#include <fcntl.h>
-#include <poll.h>
 #include <pty.h>
-#include <spawn.h>
-#include <sys/ioctl.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <twobject.h>
 #include <unistd.h>
 
@@ -43,11 +40,15 @@ class TwctlOnATerminal : public twctl_test {
         EXPECT_EQ(write(terminal, line.data(), line.size()), static_cast<ssize_t>(line.size()));
       }
     }
+    termios modes{};
+    echo_ = tcgetattr(terminal, &modes) == 0 && (modes.c_lflag & ECHO);
     int status = 0;
     if (waitpid(pid, &status, 0) == pid && WIFEXITED(status)) result.code = WEXITSTATUS(status);
     close(terminal);
     return result;
   }
+
+  bool echo_ = false;  ///< whether the terminal echoed when the last program had ended
 };
 
 TEST_F(TwctlOnATerminal, ADiffIsColouredUnlessNoColorIsSet) {
@@ -75,6 +76,15 @@ TEST_F(TwctlOnATerminal, APasswordIsAskedForWithoutEcho) {
   cfg_node *node = cfg_get_node_by_name(store.get(), "a");
   EXPECT_STREQ(cfg_node_get_password(node), "typed-secret");
   cfg_node_free(node);
+}
+
+TEST_F(TwctlOnATerminal, AnInterruptAtThePasswordPromptGivesTheEchoBackAndWritesNothing) {
+  outcome result = run_on_terminal({"node", "enroll", "--product", "acs8000", "--name", "a", "--address",
+                                    "10.0.0.5", "--username", "admin"},
+                                   "Password of", "half\x03");
+  EXPECT_EQ(result.code, -1) << "ended by the signal";
+  EXPECT_TRUE(echo_);
+  EXPECT_EQ(run({"node", "show", "a"}).code, 3);
 }
 
 TEST_F(TwctlOnATerminal, AQuestionThatIsNotAnsweredWithYesChangesNothing) {

@@ -35,6 +35,12 @@ int32_t revoke_time_of(cfg *store, const char *id) {
   return time;
 }
 
+/// The same for people, "" for a valid certificate.
+std::string revocation_of(cfg *store, const char *id) {
+  int32_t time = revoke_time_of(store, id);
+  return time ? utc_time(time) : "";
+}
+
 /// The IDs of the certificates with this common name that are not revoked.
 std::vector<std::string> valid_certificates(cfg *store, const std::string &common_name) {
   condition_tree tree(cfg_new_and_condition());
@@ -119,7 +125,7 @@ void issue(const options &opts, const issue_arguments &arguments) {
                            fmt::format("issue a certificate for {}", arguments.node), arguments.attempts);
   std::string id = result.dry_run ? std::string() : final_id(work.store(), made.id);
   sheet details;
-  details.add("id", "ID", id.empty() ? cell() : cell(id));
+  details.add("id", "ID", unless_empty(id));
   details.add("node_id", "Node", made.node_id);
   details.add("common_name", "Common name", made.common_name);
   details.add("serial", "Serial", made.facts.serial);
@@ -177,12 +183,11 @@ void show(const options &opts, const show_arguments &arguments) {
     return;
   }
   const char *id = cfg_certificate_get_id(certificate.get());
-  int32_t revoked = revoke_time_of(work.store(), id);
   sheet result;
   result.add("id", "ID", cell_of(id));
   result.add("common_name", "Common name", cell_of(cfg_certificate_get_common_name(certificate.get())));
   add_facts(result, read_certificate(pem));
-  result.add("revoked_at", "Revoked", revoked ? cell(utc_time(revoked)) : cell());
+  result.add("revoked_at", "Revoked", unless_empty(revocation_of(work.store(), id)));
   if (arguments.pem) result.add("pem", "PEM", cell_of(pem));
   result.print(opts);
 }
@@ -232,11 +237,10 @@ void list(const options &opts, size_t limit) {
     certificate_record certificate(cfg_get_certificate_by_id(work.store(), id));
     if (!certificate) throw store_failure(work.store(), fmt::format("cannot read {}", id));
     certificate_facts facts = read_certificate(cfg_certificate_get_cert(certificate.get()));
-    int32_t revoked = revoke_time_of(work.store(), id);
     auto node = nodes.find(id);
     result.add({std::string(id), cell_of(cfg_certificate_get_common_name(certificate.get())), facts.serial,
-                utc_time(facts.not_after), revoked ? cell(utc_time(revoked)) : cell(),
-                node == nodes.end() ? cell() : cell(node->second)});
+                utc_time(facts.not_after), unless_empty(revocation_of(work.store(), id)),
+                unless_empty(node == nodes.end() ? "" : node->second)});
   }
   result.print(opts);
 }

@@ -70,8 +70,8 @@ void enroll_one(const options &opts, enroll_arguments &arguments) {
   std::string id = result.dry_run ? std::string() : cfg_enrollment_get_uuid(enrollment.get());
   std::string name = one.name.empty() ? id : one.name;
   sheet details;
-  details.add("id", "ID", id.empty() ? cell() : cell(id));
-  details.add("name", "Name", name.empty() ? cell() : cell(name));
+  details.add("id", "ID", unless_empty(id));
+  details.add("name", "Name", unless_empty(name));
   details.add("product", "Product", cell_of(one.kind->kind));
   work.report(result, id, details.json());
 }

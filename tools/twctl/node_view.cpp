@@ -169,8 +169,7 @@ void show_node(const options &opts, const std::string &reference) {
   result.add("firmware_version", "Firmware", cell_of(cfg_node_get_firmware_version(n)));
   result.add("mac_address", "MAC address", cell_of(cfg_node_get_mac_address(n)));
   result.add("fhvpn_address", "VPN address", cell_of(cfg_node_get_fhvpn_address(n)));
-  result.add("ssh_port", "SSH port",
-             cfg_node_get_ssh_port(n) ? cell(int64_t{cfg_node_get_ssh_port(n)}) : cell());
+  result.add("ssh_port", "SSH port", unless_zero(cfg_node_get_ssh_port(n)));
   const cfg_certificate *certificate = cfg_node_get_cert_object(n);
   result.add("certificate_id", "Certificate ID", cell_of(cfg_certificate_get_id(certificate)));
   result.add("certificate_cn", "Certificate CN", cell_of(cfg_certificate_get_common_name(certificate)));
@@ -179,12 +178,12 @@ void show_node(const options &opts, const std::string &reference) {
   result.add("username", "User name", cell_of(cfg_node_get_username(n)));
   result.add("password_set", "Password set", cfg_node_get_password(n) != nullptr);
   int32_t ports = cfg_node_get_port_count_field(n);
-  result.add("port_count", "Ports", ports ? cell(int64_t{ports}) : cell());
-  result.add("base_port", "Base port", ports ? cell(int64_t{cfg_node_get_base_port(n)}) : cell());
+  result.add("port_count", "Ports", unless_zero(ports));
+  result.add("base_port", "Base port", unless_zero(cfg_node_get_base_port(n)));
   std::string labels;
   for (int32_t i = 0; i < ports; i++)
     labels += fmt::format("{}{}", i ? ";" : "", view(cfg_node_get_port_label(n, i)));
-  result.add("port_labels", "Port labels", ports ? cell(labels) : cell());
+  result.add("port_labels", "Port labels", unless_empty(labels));
   result.print(opts);
 }
 

@@ -26,7 +26,20 @@ json_value checked(json_t *value) {
 
 }  // namespace
 
-cell cell_of(const char *text) { return text ? cell(std::string(text)) : cell(); }
+cell cell_of(const char *text) {
+  if (!text) return {};
+  return std::string(text);
+}
+
+cell unless_empty(std::string text) {
+  if (text.empty()) return {};
+  return text;
+}
+
+cell unless_zero(int64_t number) {
+  if (number == 0) return {};
+  return number;
+}
 
 std::string words(const cell &value) {
   struct visitor {
@@ -118,7 +131,9 @@ void sheet::print(const options &opts) const {
   }
   size_t width = 0;
   for (const auto &[line, value] : lines_) width = std::max(width, view(line.title).size());
-  for (const auto &[line, value] : lines_) fmt::print("{:<{}}  {}\n", line.title, width, words(value));
+  for (const auto &[line, value] : lines_)
+    if (!std::holds_alternative<std::monostate>(value))
+      fmt::print("{:<{}}  {}\n", line.title, width, words(value));
 }
 
 void finish_output() {

@@ -18,6 +18,9 @@ using cell = std::variant<std::monostate, std::string, int64_t, bool>;
 
 /// The cell for a text that may be NULL.
 cell cell_of(const char *text);
+/// Cells for which an empty text and a zero mean that there is nothing to tell.
+cell unless_empty(std::string text);
+cell unless_zero(int64_t number);
 /// The cell as a person reads it: "-" for nothing, "yes" and "no" for truth values.
 std::string words(const cell &value);
 json_value to_json(const cell &value);
@@ -50,7 +53,7 @@ class listing {
   std::vector<std::vector<cell>> rows_;
 };
 
-/// The fields of one thing: a line each, or one JSON object.
+/// The fields of one thing: a line for each that has a value, or one JSON object with all of them.
 class sheet {
  public:
   void add(const char *key, const char *title, cell value) {

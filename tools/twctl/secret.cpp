@@ -36,30 +36,38 @@ class descriptor {
   int number_;
 };
 
-/// Switches the terminal's echo off for its lifetime; an interrupt waits until the echo is back on.
+/// The terminal whose echo is off, for the signal handler: there is never more than one.
+int silenced_terminal = -1;
+termios modes_before;
+
+constexpr int deadly_signals[] = {SIGINT, SIGTERM, SIGQUIT, SIGHUP};
+
+/// Dies of the signal, but not without giving the user the echo back.
+void restore_and_die(int signal) {
+  tcsetattr(silenced_terminal, TCSANOW, &modes_before);
+  raise(signal);
+}
+
+/// Switches the terminal's echo off for its lifetime.
 class silent_terminal {
  public:
-  explicit silent_terminal(int terminal) : terminal_(terminal) {
-    if (tcgetattr(terminal, &before_) != 0) throw system_failure("cannot ask for the password");
-    termios silent = before_;
+  explicit silent_terminal(int terminal) {
+    if (tcgetattr(terminal, &modes_before) != 0) throw system_failure("cannot ask for the password");
+    silenced_terminal = terminal;
+    struct sigaction action {};
+    action.sa_handler = restore_and_die;
+    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
+    for (int signal : deadly_signals) sigaction(signal, &action, nullptr);
+    termios silent = modes_before;
     silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
     if (tcsetattr(terminal, TCSAFLUSH, &silent) != 0) throw system_failure("cannot ask for the password");
-    sigset_t interrupts;
-    sigemptyset(&interrupts);
-    for (int signal : {SIGINT, SIGTERM, SIGQUIT, SIGTSTP}) sigaddset(&interrupts, signal);
-    sigprocmask(SIG_BLOCK, &interrupts, &signals_before_);
   }
   ~silent_terminal() {
-    tcsetattr(terminal_, TCSAFLUSH, &before_);
-    sigprocmask(SIG_SETMASK, &signals_before_, nullptr);
+    tcsetattr(silenced_terminal, TCSAFLUSH, &modes_before);
+    for (int signal : deadly_signals) std::signal(signal, SIG_DFL);
   }
   silent_terminal(const silent_terminal &) = delete;
   silent_terminal &operator=(const silent_terminal &) = delete;
-
- private:
-  int terminal_;
-  termios before_{};
-  sigset_t signals_before_{};
 };
 
 void say(int terminal, std::string_view text) {
@@ -165,10 +173,10 @@ secret read_password(const std::string &path, const std::string &prompt) {
   if (terminal.get() < 0)
     throw failure(exit_code::usage, "a password is needed", "there is no terminal to ask for it",
                   "give --password-file FILE, or --password-file - for standard input");
-  say(terminal.get(), prompt + ": ");
   secret password;
   {
-    silent_terminal silence(terminal.get());
+    silent_terminal silence(terminal.get());  // before the prompt: whoever sees it may start typing
+    say(terminal.get(), prompt + ": ");
     password = read_line(terminal.get(), password_limit);
   }
   say(terminal.get(), "\n");

@@ -115,7 +115,7 @@ void session::report(const outcome &result, const std::string &sentence, json_va
   if (opts_.json()) {
     json_value object = details ? std::move(details) : new_object();
     put(object.get(), "dry_run", result.dry_run);
-    put(object.get(), "revision", result.revision ? cell(static_cast<int64_t>(result.revision)) : cell());
+    put(object.get(), "revision", unless_zero(static_cast<int64_t>(result.revision)));
     put(object.get(), "change_count", static_cast<int64_t>(result.changes.size()));
     if (result.dry_run) put(object.get(), "changes", changes_to_json(result.changes));
     print_json(object);

@@ -83,10 +83,12 @@ const setting &find(const std::string &name) {
 cell value_of(cfg *store, const setting &one) {
   if (const auto *number = std::get_if<number_setting>(&one.access)) {
     int32_t value = 0;
-    return number->get(store, &value) ? cell(int64_t{value}) : cell();
+    if (!number->get(store, &value)) return {};
+    return int64_t{value};
   }
   char *value = nullptr;
-  return std::get<text_setting>(one.access).get(store, &value) ? cell(take(value)) : cell();
+  if (!std::get<text_setting>(one.access).get(store, &value)) return {};
+  return take(value);
 }
 
 std::string with_unit(const setting &one) { return *one.unit ? fmt::format(" {}", one.unit) : std::string(); }
@@ -106,8 +108,8 @@ void get(const options &opts, const std::string &name) {
                {{"name", "SETTING"}, {"value", "VALUE"}, {"unit", "UNIT"}, {"meaning", "MEANING"}});
   for (const setting &one : settings)
     if (!only || only == &one)
-      list.add({cell_of(one.name), value_of(work.store(), one), *one.unit ? cell_of(one.unit) : cell(),
-                cell_of(one.meaning)});
+      list.add(
+          {cell_of(one.name), value_of(work.store(), one), unless_empty(one.unit), cell_of(one.meaning)});
   list.print(opts);
 }
 
