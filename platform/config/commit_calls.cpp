@@ -65,26 +65,36 @@ std::string log_entry(Store &store, const Note &note) {
   return encode_commit(logged);
 }
 
-// Final IDs for the handles of new elements. They are made before the commit, so that nothing can fail behind
-// it.
-using FinalIds = std::vector<std::pair<Head *, const char *>>;
+// Where the elements behind handles of new elements stand after the commit. It is worked out before the
+// commit, so that nothing can fail behind it.
+struct Place {
+  Head *head;
+  Head *holder;
+  const KeyName *key;
+  std::uint32_t number;
+};
 
-FinalIds final_ids(Store &store, const Plan &plan) {
-  FinalIds ids;
+std::vector<Place> places(const Store &store) {
+  std::vector<Place> found;
+  found.reserve(store.edit->born.size());
   for (Head *head : store.edit->born) {
-    const std::string final = plan.final_id(head->node);
-    if (final.empty()) continue;
-    auto *text = static_cast<char *>(store.head_arena.allocate(final.size() + 1, 1));
-    std::memcpy(text, final.c_str(), final.size() + 1);
-    ids.emplace_back(head, text);
+    const Node *node = head->node;
+    Head *holder = node == nullptr || node->dead ? nullptr : holder_of(head);
+    if (holder != nullptr)
+      found.push_back({head, holder, node->key, node->number != 0 ? node->number : node->assigned});
   }
-  return ids;
+  return found;
 }
 
 // What is left to do when the edit is in the store, or when there is none: the next call reads the newest
 // revision.
-void finish(Store &store, const FinalIds &ids) noexcept {
-  for (const auto &[head, final] : ids) head->final_id = final;
+void finish(Store &store, const std::vector<Place> &committed) noexcept {
+  for (const Place &place : committed) {
+    place.head->parent = place.holder;
+    place.head->key = place.key;
+    place.head->number = place.number;
+    place.head->committed = true;
+  }
   store.drop_edit();
   store.drop_results();
   store.messages.clear();
@@ -112,11 +122,12 @@ int commit(Store &store, const Note &note) {
       if (write.remove && write.expected == 0) continue;
       request.writes.push_back({key, write.expected, write.bytes, write.remove});
     }
-    const FinalIds ids = final_ids(store, plan);
+    const std::vector<Place> committed = places(store);
     const CommitResult result = store.engine->commit(request);
     if (result.failure) return store.fail(result.failure);
     if (result.stale) continue;
-    finish(store, result.repeated ? FinalIds{} : ids);
+    store.committed = result.revision;
+    finish(store, result.repeated ? std::vector<Place>{} : committed);
     return 1;
   }
   return store.fail(CFG_E_CONFLICT, "conflict: other commits came first %d times in a row", kAttempts);
@@ -192,7 +203,8 @@ int cfg_commit(cfg *store, const cfg_commit_note *note) noexcept {
       Failure failure;
       const auto newest = store->engine->snapshot(failure);
       if (newest == nullptr) return store->fail(failure);
-      if (newest->find_token(checked.token) != 0) {
+      if (const std::uint64_t made = newest->find_token(checked.token)) {
+        store->committed = made;
         finish(*store, {});
         return 1;
       }
@@ -204,6 +216,8 @@ int cfg_commit(cfg *store, const cfg_commit_note *note) noexcept {
     return commit(*store, checked);
   });
 }
+
+uint64_t cfg_committed_revision(const cfg *store) noexcept { return store == nullptr ? 0 : store->committed; }
 
 void cfg_abandon(cfg *store) noexcept {
   if (store == nullptr || !store->in_own_process()) return;
@@ -245,7 +259,7 @@ int cfg_has_changes(cfg *store) noexcept {
 }
 
 int cfg_visit_changes(cfg *store, cfg_change_visitor visit, void *context) noexcept {
-  if (store == nullptr || visit == nullptr) return 0;
+  if (!given(store, visit)) return 0;
   return guarded(store, 0, [&] {
     if (!store->reading()) return 0;
     Teller teller(visit, context);
@@ -268,7 +282,7 @@ int cfg_visit_changes(cfg *store, cfg_change_visitor visit, void *context) noexc
 }
 
 int cfg_visit_log(cfg *store, uint64_t oldest, cfg_commit_visitor visit, void *context) noexcept {
-  if (store == nullptr || visit == nullptr) return 0;
+  if (!given(store, visit)) return 0;
   return guarded(store, 0, [&] {
     if (!store->reading()) return 0;
     const std::uint64_t kept = store->snapshot->oldest_log();
@@ -289,7 +303,7 @@ int cfg_visit_log(cfg *store, uint64_t oldest, cfg_commit_visitor visit, void *c
 }
 
 int cfg_visit_commit(cfg *store, uint64_t revision, cfg_change_visitor visit, void *context) noexcept {
-  if (store == nullptr || visit == nullptr) return 0;
+  if (!given(store, visit)) return 0;
   return guarded(store, 0, [&] {
     if (!store->reading()) return 0;
     LoggedCommit commit;
@@ -309,7 +323,7 @@ int cfg_visit_commit(cfg *store, uint64_t revision, cfg_change_visitor visit, vo
 }
 
 int cfg_find_commit(cfg *store, const char *token, uint64_t *revision) noexcept {
-  if (store == nullptr || token == nullptr || revision == nullptr || *token == '\0') return 0;
+  if (!given(store, token, revision) || *token == '\0') return 0;
   return guarded(store, 0, [&] {
     if (!store->in_own_process()) return 0;
     Failure failure;
