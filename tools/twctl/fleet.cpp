@@ -1,6 +1,8 @@
 // twctl fleet: many console servers at once.
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "commands.hpp"
 #include "failure.hpp"
 #include "inventory.hpp"
@@ -64,6 +66,9 @@ void import(const options &opts, const import_arguments &arguments) {
     }
   }
   outcome result = work.commit(fmt::format("import {} nodes", enrolled.size()));
+  auto call_in = [](const fleet::member &one) { return one.description.kind->how == reach::vpn; };
+  if (std::count_if(checked.devices.begin(), checked.devices.end(), call_in) > 1)
+    work.note("Note: tarnwell nodes that are enrolled within one second share their package password.");
   json_value details = new_object();
   put(details.get(), "imported", static_cast<int64_t>(enrolled.size()));
   put(details.get(), "skipped", static_cast<int64_t>(checked.skipped));
