@@ -93,11 +93,10 @@ void rebind(Head &head) {
       }
     }
   }
+  // Whatever hangs on this head as its record has to look again, also when the head is no record any more.
+  if (record == &head || head.record == &head) ++head.own_epoch;
   head.record = record;
-  if (record == &head) {
-    ++head.own_epoch;
-    head.generation = store.generation;
-  }
+  head.generation = store.generation;
   head.epoch = record->own_epoch;
   // An absence in a damaged store is not to be believed.
   if (head.kind == CFG_NONE) {
