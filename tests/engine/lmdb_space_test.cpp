@@ -4,8 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstring>
 #include <fstream>
+#include <thread>
 
 #include "engine/lmdb.hpp"
 #include "engine_fixture.hpp"
@@ -69,6 +71,37 @@ TEST_F(LmdbSpace, AFullMapUnderASnapshotIsACleanErrorAndGrowsLater) {
   snapshot.reset();
   snapshot = view(*engine);
   EXPECT_EQ(commit(*engine, {set(key, value)}).revision, key) << "the new snapshot came with a larger map";
+}
+
+TEST_F(LmdbSpace, TheMapGrowsBetweenTheSnapshotsAndCommitsOfManyThreads) {
+  const auto engine = open_within(kMegabyte);
+  const std::string value(100'000, 'v');
+  commit(*engine, {set(0, value)});
+  std::atomic<bool> done{false};
+  std::vector<std::thread> readers;
+  for (int i = 0; i < 2; i++)
+    readers.emplace_back([&] {
+      while (!done) {
+        Failure failure;
+        const auto snapshot = engine->snapshot(failure);
+        // A map that is too small for now cannot move while the other thread reads.
+        if (snapshot)
+          ASSERT_EQ(snapshot->get(0).bytes, value);
+        else
+          ASSERT_EQ(failure.code, CFG_E_NO_SPACE) << failure.text;
+      }
+    });
+  for (Key key = 1; key <= 200;) {
+    const CommitResult result = commit(*engine, {set(key, value)});
+    if (!result.failure)
+      key++;
+    else if (result.failure.code != CFG_E_NO_SPACE)
+      break;
+  }
+  done = true;
+  for (auto &reader : readers) reader.join();
+  EXPECT_EQ(newest(*engine), 201U);
+  EXPECT_EQ(problems(*engine), std::vector<std::string>());
 }
 
 TEST_F(LmdbSpace, AStoreThatAnotherProcessMadeLargerIsFollowed) {

@@ -50,13 +50,20 @@ CFG_API int cfg_list_scan(cfg_elem *list, const cfg_keyset *set, cfg_scan_visito
                           void *context) CFG_NOEXCEPT;
 
 /**
+ * The same scan, for finding one entry: the result is the entry at which the visitor ended it by returning 0,
+ * NULL when it never did.
+ */
+CFG_API cfg_elem *cfg_list_find(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor visit,
+                                void *context) CFG_NOEXCEPT;
+
+/**
  * Called with each entry's ID, borrowed for the length of the callback, and its values. Otherwise as
  * cfg_scan_visitor.
  */
 typedef int (*cfg_entry_visitor)(void *context, const char *id, const cfg_value *values);
 /**
- * cfg_list_scan() over the list under a key of a map, with the entries' IDs and without a handle for the list.
- * 0 when there is no such list.
+ * cfg_list_scan() over the list under a key of a map, with the entries' IDs and without a handle for the
+ * list. 0 when there is no such list.
  */
 CFG_API int cfg_child_scan(cfg_elem *map, const char *child, const cfg_keyset *set, cfg_entry_visitor visit,
                            void *context) CFG_NOEXCEPT;
