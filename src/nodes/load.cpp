@@ -10,9 +10,11 @@ namespace {
 
 using node = cfg_node;
 
-// The certificate is resolved on the spot. One that cannot be loaded leaves the node without certificate.
+// Only "tarnwell" nodes hold a certificate; the product stands above it in the list. It is resolved on the
+// spot, and one that cannot be loaded leaves the node without certificate.
 bool load_certificate(void *record, const cfg_value &reference) {
   auto *self = static_cast<node *>(record);
+  if (tw::kind_of(self->product) != tw::product_kind::tarnwell) return true;
   self->certificate.reset(cfg_get_certificate_by_id(self->cfg, reference.data));
   return true;
 }
@@ -31,22 +33,22 @@ constexpr tw::load_list common({
     lenient(tw::string_row<&node::model>("model")),
     lenient(tw::string_row<&node::serial_number>("serial_number")),
     lenient(tw::bool_row<&node::approved>("approved")),
-});
-
-constexpr tw::load_list tarnwell({
     lenient(tw::hook_row<node>("cert", CFG_REFERENCE, load_certificate, "load_certificate")),
 });
+
 constexpr tw::load_list tarnwell_ssh({
     lenient(tw::int_row<&node::ssh_port>("port")),
 });
 
-constexpr tw::load_list credentials({
-    lenient(tw::string_row<&node::address>("address")),
-    lenient(tw::string_row<&node::username>("username")),
-    lenient(tw::string_row<&node::password>("password")),
-});
+constexpr auto address = lenient(tw::string_row<&node::address>("address"));
+constexpr auto username = lenient(tw::string_row<&node::username>("username"));
+constexpr auto password = lenient(tw::string_row<&node::password>("password"));
 
+constexpr tw::load_list credential({address, username, password});
 constexpr tw::load_list generic({
+    address,
+    username,
+    password,
     lenient(tw::string_row<&node::connection_method>("connection_method")),
     lenient(tw::int_row<&node::port_label_count>("port_count")),
     lenient(tw::int_row<&node::base_port>("base_port")),
@@ -55,13 +57,13 @@ constexpr tw::load_list generic({
 bool load_kind(node &record, cfg_elem *elem) {
   switch (tw::kind_of(record.product)) {
     case tw::product_kind::tarnwell:
-      if (!tw::load_etags(record, elem) || !tw::load(tarnwell, record, elem)) return false;
+      if (!tw::load_etags(record, elem)) return false;
       tw::load_below(tarnwell_ssh, record, elem, "ssh");
       return true;
     case tw::product_kind::credential:
-      return tw::load(credentials, record, elem);
+      return tw::load(credential, record, elem);
     case tw::product_kind::generic:
-      return tw::load(credentials, record, elem) && tw::load(generic, record, elem) &&
+      return tw::load(generic, record, elem) &&
              record.port_labels.load(record.port_label_count, record.cfg,
                                      cfg_simple_get_mapelem(record.cfg, elem, "port_labels"));
     case tw::product_kind::other:
@@ -72,9 +74,8 @@ bool load_kind(node &record, cfg_elem *elem) {
 
 constexpr tw::named_list lists[] = {
     {"node load, every product", common, false},
-    {"node load, tarnwell", tarnwell, false},
     {"node load, tarnwell, \"ssh\"", tarnwell_ssh, false},
-    {"node load, credential and generic", credentials, false},
+    {"node load, credential", credential, false},
     {"node load, generic", generic, false},
 };
 
