@@ -1,4 +1,6 @@
 // Etags: the version tags of a node.
+#include <algorithm>
+
 #include "nodes/node.hpp"
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
@@ -13,6 +15,11 @@ constexpr tw::load_list etag_keys({
 });
 
 constexpr tw::named_list lists[] = {{"etag load", etag_keys, false}};
+
+// An entry that holds none of the keys is no etag.
+bool holds_any(const cfg_value *values) noexcept {
+  return std::any_of(values, values + etag_keys.count, [](const cfg_value &v) { return v.kind != CFG_NONE; });
+}
 
 // The node's etags. "None" is not remembered: a node without etags is asked again at each query, so that a
 // record which is kept for long sees the etags that the node's first report brings.
@@ -37,20 +44,23 @@ const cfg_etag *find(cfg_node *node, const char *name) noexcept {
 const tw::tables tw::etag_tables = lists;
 
 bool tw::load_etags(cfg_node &node, cfg_elem *elem) {
-  cfg_elem *list = cfg_simple_get_mapelem(node.cfg, elem, "etags");
-  int32_t size = 0;
-  if (!cfg_list_size(list, &size)) return true;
-  std::vector<cfg_etag> etags(static_cast<size_t>(size));
-  for (int32_t i = 0; i < size; ++i) {
-    cfg_etag &etag = etags[static_cast<size_t>(i)];
-    cfg_elem *entry = cfg_simple_get_listelem(node.cfg, list, i);
-    if (tw::load(etag_keys, etag, entry)) {
-      if (!tw::take_uuid(etag.uuid, entry)) return false;
-    } else if (cfg_elem_kind(entry) == CFG_MAP) {
-      return false;  // nothing but memory can be missing
-    }
-  }
-  node.etags = std::move(etags);
+  struct reading {
+    std::vector<cfg_etag> etags;
+    bool complete = true;
+  } list;
+  cfg_child_scan(
+      elem, "etags", &etag_keys.keys,
+      [](void *context, const char *id, const cfg_value *values) {
+        auto &self = *static_cast<reading *>(context);
+        self.complete = tw::guarded([&] {
+          cfg_etag &etag = self.etags.emplace_back();
+          return !holds_any(values) || (etag.uuid.set(id) && tw::load_from(etag_keys, etag, values));
+        });
+        return self.complete ? 1 : 0;
+      },
+      &list);
+  if (!list.complete) return false;
+  node.etags = std::move(list.etags);
   return true;
 }
 
