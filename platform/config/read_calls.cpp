@@ -136,7 +136,7 @@ int cfg_map_read(cfg_elem *map, const cfg_keyset *set, cfg_value *values) noexce
 }
 
 int cfg_child_read(cfg_elem *map, const char *child, const cfg_keyset *set, cfg_value *values) noexcept {
-  if (map == nullptr || child == nullptr || !sound(set) || values == nullptr) return 0;
+  if (!given(store_of(map), child, values) || !sound(set)) return 0;
   Store *store = Head::of(map)->store;
   return guarded(store, 0, [&] {
     Head *head = checked(store, map, CFG_MAP);
@@ -148,7 +148,7 @@ int cfg_child_read(cfg_elem *map, const char *child, const cfg_keyset *set, cfg_
 
 int cfg_child_scan(cfg_elem *map, const char *child, const cfg_keyset *set, cfg_entry_visitor visit,
                    void *context) noexcept {
-  if (map == nullptr || child == nullptr || !sound(set) || visit == nullptr) return 0;
+  if (!given(store_of(map), child, visit) || !sound(set)) return 0;
   Store *store = Head::of(map)->store;
   return guarded(store, 0, [&] {
     Head *head = checked(store, map, CFG_MAP);
@@ -158,8 +158,7 @@ int cfg_child_scan(cfg_elem *map, const char *child, const cfg_keyset *set, cfg_
     std::vector<cfg_value> values(set->count);
     KeyReader reader(*store, *set);
     const auto visit_entry = [&](const char *id, const Found &entry) {
-      if (!reader.read(entry, values.data())) values.assign(set->count, cfg_value{});
-      return visit(context, id, values.data()) != 0;
+      return visit(context, id, reader.read(entry, values.data()) ? values.data() : nullptr) != 0;
     };
     if (list.node == nullptr && distant_list(list.stored) == 0)
       visit_packed(PackedList(list.stored), entry_id_front(*head, child), visit_entry);

@@ -1,6 +1,4 @@
 // Etags: the version tags of a node.
-#include <algorithm>
-
 #include "nodes/node.hpp"
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
@@ -15,11 +13,6 @@ constexpr tw::load_list etag_keys({
 });
 
 constexpr tw::named_list lists[] = {{"etag load", etag_keys, false}};
-
-// An entry that holds none of the keys is no etag.
-bool holds_any(const cfg_value *values) noexcept {
-  return std::any_of(values, values + etag_keys.count, [](const cfg_value &v) { return v.kind != CFG_NONE; });
-}
 
 // The node's etags. "None" is not remembered: a node without etags is asked again at each query, so that a
 // record which is kept for long sees the etags that the node's first report brings.
@@ -54,7 +47,7 @@ bool tw::load_etags(cfg_node &node, cfg_elem *elem) {
         auto &self = *static_cast<reading *>(context);
         self.complete = tw::guarded([&] {
           cfg_etag &etag = self.etags.emplace_back();
-          return !holds_any(values) || (etag.uuid.set(id) && tw::load_from(etag_keys, etag, values));
+          return !values || (etag.uuid.set(id) && tw::load_from(etag_keys, etag, values));
         });
         return self.complete ? 1 : 0;
       },

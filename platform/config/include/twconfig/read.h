@@ -57,8 +57,8 @@ CFG_API cfg_elem *cfg_list_find(cfg_elem *list, const cfg_keyset *set, cfg_scan_
                                 void *context) CFG_NOEXCEPT;
 
 /**
- * Called with each entry's ID, borrowed for the length of the callback, and its values. Otherwise as
- * cfg_scan_visitor.
+ * Called with each entry's ID, borrowed for the length of the callback, and its values, NULL for an entry
+ * that is no map. Returns 0 to end the scan.
  */
 typedef int (*cfg_entry_visitor)(void *context, const char *id, const cfg_value *values);
 /**
