@@ -65,6 +65,7 @@ int cfg_certificate_generate(cfg_certificate *record) noexcept {
   cfg_elem *certificate_elem = cfg_get_by_path(store, "services.ca.certificate");
   cfg_elem *serial_elem = cfg_get_by_path(store, "services.ca.serial");
   if (!key_elem || !certificate_elem || !serial_elem) {
+    // The line break belongs to the message.
     CERTIFICATE_LOG(LOG_ERR, "Could not get CA blob elements: %s\n", cfg_get_first_message_string(store));
     return 0;
   }

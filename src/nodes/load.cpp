@@ -1,6 +1,4 @@
 // Loading a node whole, by element, by ID, by index and several at once.
-#include <new>
-
 #include "nodes/node.hpp"
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
@@ -10,13 +8,10 @@ namespace {
 
 using node = cfg_node;
 
-// Only "tarnwell" nodes hold a certificate; the product stands above it in the list. It is resolved on the
-// spot, and one that cannot be loaded leaves the node without certificate.
+// Only "tarnwell" nodes hold a certificate; the product stands above it in the list.
 bool load_certificate(void *record, const cfg_value &reference) {
-  auto *self = static_cast<node *>(record);
-  if (tw::kind_of(self->product) != tw::product_kind::tarnwell) return true;
-  self->certificate.reset(cfg_get_certificate_by_id(self->cfg, reference.data));
-  return true;
+  if (tw::kind_of(static_cast<node *>(record)->product) != tw::product_kind::tarnwell) return true;
+  return tw::load_certificate<&node::certificate>(record, reference);
 }
 
 // Of an optional key only a value of the right kind counts: "name" and "status" alone decide whether a node
@@ -73,10 +68,10 @@ bool load_kind(node &record, cfg_elem *elem) {
 }
 
 constexpr tw::named_list lists[] = {
-    {"node load, every product", common, false},
-    {"node load, tarnwell, \"ssh\"", tarnwell_ssh, false},
-    {"node load, credential", credential, false},
-    {"node load, generic", generic, false},
+    {"node load, every product", common},
+    {"node load, tarnwell, \"ssh\"", tarnwell_ssh},
+    {"node load, credential", credential},
+    {"node load, generic", generic},
 };
 
 }  // namespace
@@ -84,14 +79,10 @@ constexpr tw::named_list lists[] = {
 const tw::tables tw::node_load_tables = lists;
 
 std::unique_ptr<cfg_node> tw::load_node(cfg *store, cfg_elem *elem) noexcept {
-  if (!elem) return nullptr;
-  return tw::guarded([&] {
-    auto record = std::make_unique<node>();
-    record->cfg = store;
-    const bool loaded =
-        tw::take_uuid(record->uuid, elem) && tw::load(common, *record, elem) && load_kind(*record, elem);
-    return loaded ? std::move(record) : nullptr;
-  });
+  auto record = new_view<node>(store, elem);
+  const bool loaded =
+      record && guarded([&] { return tw::load(common, *record, elem) && load_kind(*record, elem); });
+  return loaded ? std::move(record) : nullptr;
 }
 
 cfg_node *cfg_get_node_by_id(cfg *store, const char *id) noexcept {

@@ -1,8 +1,6 @@
 // The node record: making, freeing, getters and setters.
 #include "nodes/node.hpp"
 
-#include <new>
-
 #include "record/boundary.hpp"
 #include "record/helpers.hpp"
 
@@ -16,11 +14,7 @@ int set_text(cfg_node *node, const char *value) noexcept {
 
 }  // namespace
 
-cfg_node *cfg_new_node(cfg *store) noexcept {
-  auto *node = new (std::nothrow) cfg_node;
-  if (node) node->cfg = store;
-  return node;
-}
+cfg_node *cfg_new_node(cfg *store) noexcept { return tw::new_view<cfg_node>(store).release(); }
 
 void cfg_node_free(cfg_node *node) noexcept { delete node; }
 

@@ -6,7 +6,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "record/text.hpp"
+#include "record/helpers.hpp"
 
 namespace tw {
 
@@ -43,10 +43,11 @@ int set(Record *record, Value value) noexcept {
   return 1;
 }
 
-// The body of a string setter that always replaces: NULL and "" clear the field.
+// The body of a string setter: NULL and "" clear the field. The node family's setters answer differently
+// (set_string() in helpers.hpp).
 template <auto Member, class Record>
 int replace(Record *record, const char *value) noexcept {
-  return record && (record->*Member).set(value);
+  return record && _set_string(&(record->*Member), value);
 }
 
 // The body of a setter of two strings at once. Both are copied before either is let go of, so that they may

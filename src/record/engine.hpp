@@ -10,7 +10,7 @@ namespace tw {
 bool load_all(const load_rows &list, void *record, cfg_elem *map) noexcept;
 bool load_all_below(const load_rows &list, void *record, cfg_elem *map, const char *child) noexcept;
 bool load_values(const load_rows &list, void *record, const cfg_value *values) noexcept;
-bool store_all(const row_list &list, const void *record, cfg *store, cfg_elem *map) noexcept;
+bool store_all(const store_rows &list, const void *record, cfg *store, cfg_elem *map) noexcept;
 
 // Reads every key of the list from the map, in one pass, and gives it to its row in list order. False when
 // the map is none, a row's presence rule is broken or a row fails; the record is then half filled: free it.

@@ -16,7 +16,7 @@ struct seen {
   static int visit(void *context, const char *id, const cfg_value *values) {
     auto &self = *static_cast<seen *>(context);
     self.ids.emplace_back(id);
-    self.names.emplace_back(values[0].kind == CFG_STRING ? values[0].data : "<none>");
+    self.names.emplace_back(!values ? "<no map>" : values[0].kind == CFG_STRING ? values[0].data : "<none>");
     return self.ids.size() < self.stop_after;
   }
 };
@@ -120,10 +120,11 @@ TEST_F(ChildRead, AnEntryThatIsNoMapHasNoValues) {
   cfg_elem *list = list_at("mixed");
   ASSERT_TRUE(cfg_add_listelem(store.get(), list, named("a")));
   ASSERT_TRUE(cfg_add_listelem(store.get(), list, cfg_new_string(store.get(), "text")));
+  ASSERT_TRUE(cfg_add_listelem(store.get(), list, cfg_new_map(store.get())));
   commit();
   seen entries;
   ASSERT_EQ(1, cfg_child_scan(root, "mixed", &set, seen::visit, &entries));
-  EXPECT_EQ((std::vector<std::string>{"a", "<none>"}), entries.names);
+  EXPECT_EQ((std::vector<std::string>{"a", "<no map>", "<none>"}), entries.names);
 }
 
 TEST_F(ChildRead, AScanFailsWithoutSuchAList) {
