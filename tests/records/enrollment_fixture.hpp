@@ -15,7 +15,9 @@ using enrollment_record = std::unique_ptr<cfg_enrollment, free_enrollment>;
 
 class EnrollmentTest : public NodeTest {
  protected:
-  enrollment_record make(const char *product) { return enrollment_record(cfg_enrollment_new(store, product)); }
+  enrollment_record make(const char *product) {
+    return enrollment_record(cfg_enrollment_new(store, product));
+  }
   enrollment_record load_enrollment(const std::string &id) {
     return enrollment_record(cfg_enrollment_get_by_id(store, id.c_str()));
   }

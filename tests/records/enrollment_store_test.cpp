@@ -128,9 +128,10 @@ TEST_F(EnrollmentSave, AGenericNodeReachedBySshIsWrittenWithCredentialsAndPorts)
   const enrollment_record enrollment = filled("generic");
   EXPECT_EQ(1, cfg_enrollment_save(enrollment.get()));
   commit();
-  EXPECT_EQ(R"({address="A" approved=true base_port=7001 connection_method="ssh" name="N" password="P" port_count=2 )"
-            R"(port_labels=["Port 1" "switch"] product="generic" status="Pending" username="U"})",
-            stored(enrollment));
+  EXPECT_EQ(
+      R"({address="A" approved=true base_port=7001 connection_method="ssh" name="N" password="P" port_count=2 )"
+      R"(port_labels=["Port 1" "switch"] product="generic" status="Pending" username="U"})",
+      stored(enrollment));
 }
 
 TEST_F(EnrollmentSave, AGenericNodeReachedOtherwiseIsWrittenWithoutCredentials) {
@@ -139,9 +140,10 @@ TEST_F(EnrollmentSave, AGenericNodeReachedOtherwiseIsWrittenWithoutCredentials) 
     cfg_enrollment_set_connection_method(enrollment.get(), method);
     EXPECT_EQ(1, cfg_enrollment_save(enrollment.get()));
     commit();
-    EXPECT_EQ(R"({address="A" approved=true base_port=7001 connection_method=")" + std::string(method) +
-                  R"(" name="N" port_count=2 port_labels=["Port 1" "switch"] product="generic" status="Pending"})",
-              stored(enrollment));
+    EXPECT_EQ(
+        R"({address="A" approved=true base_port=7001 connection_method=")" + std::string(method) +
+            R"(" name="N" port_count=2 port_labels=["Port 1" "switch"] product="generic" status="Pending"})",
+        stored(enrollment));
   }
 }
 
@@ -188,7 +190,8 @@ TEST_F(EnrollmentSave, OtherProductsAreWrittenWithStatusProductAndApprovalOnly) 
   for (const char *product : {"unknown", "Generic", "TARNWELL"}) {
     const enrollment_record enrollment = filled(product);
     EXPECT_EQ(1, cfg_enrollment_save(enrollment.get()));
-    EXPECT_EQ(R"({approved=true product=")" + std::string(product) + R"(" status="Pending"})", stored(enrollment));
+    EXPECT_EQ(R"({approved=true product=")" + std::string(product) + R"(" status="Pending"})",
+              stored(enrollment));
   }
   for (const char *product : {static_cast<const char *>(nullptr), ""}) {
     const enrollment_record enrollment = filled(product);
@@ -210,9 +213,10 @@ TEST_F(EnrollmentSave, ClearedTextsDeleteTheirKeys) {
   }
   EXPECT_EQ(R"({approved=true product="acs8000"})", stored(credentials));
   commit();
-  EXPECT_EQ(R"({approved=true base_port=7001 connection_method="ssh" port_count=2 port_labels=["Port 1" "switch"] )"
-            R"(product="generic"})",
-            stored(generic));
+  EXPECT_EQ(
+      R"({approved=true base_port=7001 connection_method="ssh" port_count=2 port_labels=["Port 1" "switch"] )"
+      R"(product="generic"})",
+      stored(generic));
 }
 
 TEST_F(EnrollmentSave, DeletingThePackagePasswordAndSavingRemovesTheKey) {
@@ -222,14 +226,15 @@ TEST_F(EnrollmentSave, DeletingThePackagePasswordAndSavingRemovesTheKey) {
   ASSERT_NE(std::string::npos, stored(enrollment).find("package_password"));
   cfg_enrollment_delete_package_password(enrollment.get());
   EXPECT_EQ(1, cfg_enrollment_save(enrollment.get()));
-  EXPECT_EQ(R"({approved=false name="nodes-1" product="tarnwell" ssh={} status="Pending"})", stored(enrollment));
+  EXPECT_EQ(R"({approved=false name="nodes-1" product="tarnwell" ssh={} status="Pending"})",
+            stored(enrollment));
 }
 
 TEST_F(EnrollmentSave, AnSshMapThatIsThereIsLeftAlone) {
   const enrollment_record enrollment = make("tarnwell");
   ASSERT_EQ(1, cfg_enrollment_save(enrollment.get()));
-  set(cfg_simple_get_mapelem(store, cfg_get_by_id(store, cfg_enrollment_get_uuid(enrollment.get())), "ssh"), "port",
-      2222);
+  set(cfg_simple_get_mapelem(store, cfg_get_by_id(store, cfg_enrollment_get_uuid(enrollment.get())), "ssh"),
+      "port", 2222);
   ASSERT_EQ(1, cfg_enrollment_save(enrollment.get()));
   commit();
   EXPECT_EQ(2222U, cfg_node_get_ssh_port(load("nodes-1").get()));
@@ -296,13 +301,15 @@ TEST_F(EnrollmentSave, StopsAtTheFirstFailedWriteAndKeepsTheEarlierOnes) {
   } steps[] = {
       {"acs6000", cfg_enrollment_set_status, "{}"},
       {"acs6000", cfg_enrollment_set_name, R"({approved=true product="acs6000" status="Pending"})"},
-      {"acs6000", cfg_enrollment_set_address, R"({approved=true name="N" product="acs6000" status="Pending"})"},
+      {"acs6000", cfg_enrollment_set_address,
+       R"({approved=true name="N" product="acs6000" status="Pending"})"},
       {"acs6000", username, R"({address="A" approved=true name="N" product="acs6000" status="Pending"})"},
       {"acs6000", password,
        R"({address="A" approved=true name="N" product="acs6000" status="Pending" username="U"})"},
       {"generic", cfg_enrollment_set_status, "{}"},
       {"generic", cfg_enrollment_set_name, R"({approved=true product="generic" status="Pending"})"},
-      {"generic", cfg_enrollment_set_address, R"({approved=true name="N" product="generic" status="Pending"})"},
+      {"generic", cfg_enrollment_set_address,
+       R"({approved=true name="N" product="generic" status="Pending"})"},
       {"generic", cfg_enrollment_set_connection_method,
        R"({address="A" approved=true name="N" product="generic" status="Pending"})"},
       {"generic", username,
@@ -345,7 +352,9 @@ class EnrollmentLoad : public records::EnrollmentTest {
     set_reference(elem, "cert", id_of(add_certificate("cn")));
     return elem;
   }
-  void add_ca(std::string_view bytes = "CA certificate") { set_blob(map_at("services.ca"), "certificate", bytes); }
+  void add_ca(std::string_view bytes = "CA certificate") {
+    set_blob(map_at("services.ca"), "certificate", bytes);
+  }
   void expect_common(const enrollment_record &enrollment, const char *product) {
     ASSERT_NE(nullptr, enrollment);
     EXPECT_STREQ("nodes-1", cfg_enrollment_get_uuid(enrollment.get()));
@@ -471,7 +480,8 @@ TEST_F(EnrollmentLoad, ApprovalIsReadFromAutoApproveAndWrittenToApproved) {
   EXPECT_EQ(0, cfg_enrollment_get_auto_approve(enrollment.get()));
   cfg_enrollment_set_auto_approve(enrollment.get(), 1);
   ASSERT_EQ(1, cfg_enrollment_save(enrollment.get()));
-  EXPECT_EQ(R"({approved=true auto_approve=false name="N" product="acs6000" status="Enrolled"})", stored(enrollment));
+  EXPECT_EQ(R"({approved=true auto_approve=false name="N" product="acs6000" status="Enrolled"})",
+            stored(enrollment));
   commit_and_reopen();
   EXPECT_EQ(0, cfg_enrollment_get_auto_approve(load_enrollment("nodes-1").get()));
   EXPECT_EQ(1, cfg_node_get_approved(load("nodes-1").get()));

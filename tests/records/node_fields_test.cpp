@@ -110,12 +110,12 @@ class NodeFields : public records::NodeTest {
 
 TEST_F(NodeFields, ANewRecordHasNothing) {
   const cfg_node *fresh = node.get();
-  for (auto *get : {cfg_node_get_uuid, cfg_node_get_name, cfg_node_get_product, cfg_node_get_description,
-                    cfg_node_get_status, cfg_node_get_bundle_id, cfg_node_get_mac_address,
-                    cfg_node_get_fhvpn_address, cfg_node_get_firmware_version, cfg_node_get_model,
-                    cfg_node_get_serial_number, cfg_node_get_connection_method, cfg_node_get_address,
-                    cfg_node_get_username, cfg_node_get_password, cfg_node_get_cert_cn, cfg_node_get_cert,
-                    cfg_node_get_key})
+  for (auto *get :
+       {cfg_node_get_uuid, cfg_node_get_name, cfg_node_get_product, cfg_node_get_description,
+        cfg_node_get_status, cfg_node_get_bundle_id, cfg_node_get_mac_address, cfg_node_get_fhvpn_address,
+        cfg_node_get_firmware_version, cfg_node_get_model, cfg_node_get_serial_number,
+        cfg_node_get_connection_method, cfg_node_get_address, cfg_node_get_username, cfg_node_get_password,
+        cfg_node_get_cert_cn, cfg_node_get_cert, cfg_node_get_key})
     EXPECT_EQ(nullptr, get(fresh));
   EXPECT_EQ(nullptr, cfg_node_get_cert_object(fresh));
   EXPECT_EQ(0U, cfg_node_get_ssh_port(fresh));
@@ -192,14 +192,6 @@ TEST_F(NodeFields, TheTextsThatAreHeldMayBeSetAgain) {
   cfg_node_set_port_count_field(node.get(), 1);
   EXPECT_EQ(1, cfg_node_set_port_label(node.get(), 0, cfg_node_get_port_label(node.get(), 0)));
   EXPECT_STREQ("Port 1", cfg_node_get_port_label(node.get(), 0));
-}
-
-TEST_F(NodeFields, UserNameAndPasswordMayBeExchanged) {
-  cfg_node_set_credentials(node.get(), "u", "p");
-  EXPECT_EQ(1, cfg_node_set_credentials(node.get(), cfg_node_get_password(node.get()),
-                                        cfg_node_get_username(node.get())));
-  EXPECT_STREQ("p", cfg_node_get_username(node.get()));
-  EXPECT_STREQ("u", cfg_node_get_password(node.get()));
 }
 
 TEST_F(NodeFields, APortCountOfThreeGivesLabelsPort1ToPort3) {

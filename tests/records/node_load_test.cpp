@@ -127,8 +127,8 @@ TEST_F(NodeLoad, AGenericNodeHasCredentialsMethodAndPorts) {
 }
 
 TEST_F(NodeLoad, ProductsAreComparedWholeAndWithRegardToCase) {
-  for (const char *product : {"Tarnwell", "tarnwell ", "tarnwel", "tarnwell2", "GENERIC", "generic-2",
-                              "acs", "acs60000", "ACS6000", "cisco", "acs_classic_"}) {
+  for (const char *product : {"Tarnwell", "tarnwell ", "tarnwel", "tarnwell2", "GENERIC", "generic-2", "acs",
+                              "acs60000", "ACS6000", "cisco", "acs_classic_"}) {
     SCOPED_TRACE(product);
     cfg_map_delete_key(store, cfg_root(store), "nodes");
     const std::string id = id_of(add_full_node(product));
@@ -235,8 +235,9 @@ TEST_F(NodeLoad, OptionalKeysOfAnotherKindReadAsAbsent) {
   for (const char *product : {"tarnwell", "acs_classic", "generic"}) {
     SCOPED_TRACE(product);
     cfg_elem *elem = add_full_node(product);
-    for (const char *key : {"description", "mac_address", "fhvpn_address", "firmware_version", "model",
-                            "serial_number", "address", "username", "password", "connection_method", "bundle"})
+    for (const char *key :
+         {"description", "mac_address", "fhvpn_address", "firmware_version", "model", "serial_number",
+          "address", "username", "password", "connection_method", "bundle"})
       set(elem, key, 1);
     for (const char *key : {"approved", "port_count", "base_port", "ssh", "etags", "cert", "port_labels"})
       set(elem, key, "text");
@@ -333,8 +334,10 @@ TEST_F(NodeLoad, AbsurdPortCountsOfTheStoreAreKeptAndHarmless) {
     EXPECT_EQ(nullptr, cfg_node_get_port_label(node.get(), -1));
     EXPECT_EQ(nullptr, cfg_node_get_port_label(node.get(), INT32_MIN));
     EXPECT_EQ(nullptr, cfg_node_get_port_label(node.get(), INT32_MAX));
-    if (count > 0) EXPECT_STREQ("one", cfg_node_get_port_label(node.get(), 0));
-    else EXPECT_EQ(nullptr, cfg_node_get_port_label(node.get(), 0));
+    if (count > 0)
+      EXPECT_STREQ("one", cfg_node_get_port_label(node.get(), 0));
+    else
+      EXPECT_EQ(nullptr, cfg_node_get_port_label(node.get(), 0));
   }
 }
 

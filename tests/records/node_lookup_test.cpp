@@ -54,7 +54,8 @@ TEST_P(NodeLookup, GivesALoadedRecord) {
 TEST_P(NodeLookup, ComparesTheWholeTextExactly) {
   add_with("Abc");
   commit_and_reopen();
-  for (const char *other : {"abc", "ABC", "Ab", "Abcd", " Abc", "", "Abc "}) EXPECT_EQ(nullptr, find(other)) << other;
+  for (const char *other : {"abc", "ABC", "Ab", "Abcd", " Abc", "", "Abc "})
+    EXPECT_EQ(nullptr, find(other)) << other;
   EXPECT_NE(nullptr, find("Abc"));
 }
 
@@ -117,8 +118,12 @@ const struct {
   const char *what;
   const char *key;
   int kind;  // 0: absent, 1: an integer, 2: a map
-} broken[] = {{"no name", "name", 0},     {"no status", "status", 0}, {"name is an integer", "name", 1},
-              {"status is an integer", "status", 1}, {"name is a map", "name", 2}, {"status is a map", "status", 2}};
+} broken[] = {{"no name", "name", 0},
+              {"no status", "status", 0},
+              {"name is an integer", "name", 1},
+              {"status is an integer", "status", 1},
+              {"name is a map", "name", 2},
+              {"status is a map", "status", 2}};
 
 TEST_P(NodeLookup, ANodeThatCannotBeLoadedHidesTheMatchBehindIt) {
   for (const auto &defect : broken) {
@@ -263,8 +268,10 @@ class NodesById : public records::NodeTest {
     bool ended = false;
     for (int32_t i = 0; i <= count; ++i) {
       const node_record node(nodes.get()[i]);
-      if (node == nullptr) ended = true;
-      else names += (ended ? "!" : "") + std::string(cfg_node_get_name(node.get())) + " ";
+      if (node == nullptr)
+        ended = true;
+      else
+        names += (ended ? "!" : "") + std::string(cfg_node_get_name(node.get())) + " ";
     }
     EXPECT_EQ(nullptr, nodes.get()[count]);
     return names;

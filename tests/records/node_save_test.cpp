@@ -50,9 +50,11 @@ TEST_F(NodeSave, OtherNodesAreWrittenWithoutDescriptionVpnAddressAndSshPort) {
     const node_record node = load(id);
     fill(node.get());
     EXPECT_EQ(1, cfg_node_save(node.get()));
-    EXPECT_EQ(R"({approved=true bundle=&enrollment_bundles-1 firmware_version="V" mac_address="MA" model="M" )"
-              R"(name="N" product=")" + std::string(product) + R"(" serial_number="SN" status="S"})",
-              dump(cfg_get_by_id(store, id.c_str())));
+    EXPECT_EQ(
+        R"({approved=true bundle=&enrollment_bundles-1 firmware_version="V" mac_address="MA" model="M" )"
+        R"(name="N" product=")" +
+            std::string(product) + R"(" serial_number="SN" status="S"})",
+        dump(cfg_get_by_id(store, id.c_str())));
   }
 }
 
@@ -102,15 +104,17 @@ TEST_F(NodeSave, ADescriptionOfAnotherProductIsNeitherWrittenNorDeleted) {
   cfg_node_set_description(node.get(), "");
   cfg_node_set_fhvpn_address(node.get(), "changed");
   EXPECT_EQ(1, cfg_node_save(node.get()));
-  EXPECT_EQ(R"({approved=false description="kept" fhvpn_address="kept" name="n" product="generic" status="Enrolled"})",
-            stored());
+  EXPECT_EQ(
+      R"({approved=false description="kept" fhvpn_address="kept" name="n" product="generic" status="Enrolled"})",
+      stored());
 }
 
 TEST_F(NodeSave, KeysOfOtherWritersAreLeftUntouched) {
   for (const char *product : {"tarnwell", "generic", "acs6000"}) {
     SCOPED_TRACE(product);
     cfg_elem *elem = add_node("n", product);
-    for (const char *key : {"address", "username", "password", "connection_method", "package_password", "extra"})
+    for (const char *key :
+         {"address", "username", "password", "connection_method", "package_password", "extra"})
       set(elem, key, "kept");
     set(elem, "port_count", 2);
     set(elem, "base_port", 7);
@@ -127,13 +131,14 @@ TEST_F(NodeSave, KeysOfOtherWritersAreLeftUntouched) {
     cfg_node_set_port_count_field(node.get(), 5);
     EXPECT_EQ(1, cfg_node_save(node.get()));
     const bool tarnwell = std::string(product) == "tarnwell";
-    EXPECT_EQ(std::string(R"({address="kept" approved=false auth={auth_type="local"} base_port=7 )") +
-                  R"(cert=&certificates-9 connection_method="kept" etags=["kept"] extra="kept" groups=["kept"] )" +
-                  R"(interfaces=["kept"] name="n" package_password="kept" password="kept" port_count=2 )" +
-                  R"(port_labels=["kept"] ports=["kept"] product=")" + product + R"(" ssh={kept="beside the port")" +
-                  (tarnwell ? " port=0" : "") +
-                  R"(} status="Enrolled" tags=["kept"] username="kept" users=["kept"]})",
-              dump(cfg_get_by_id(store, id.c_str())));
+    EXPECT_EQ(
+        std::string(R"({address="kept" approved=false auth={auth_type="local"} base_port=7 )") +
+            R"(cert=&certificates-9 connection_method="kept" etags=["kept"] extra="kept" groups=["kept"] )" +
+            R"(interfaces=["kept"] name="n" package_password="kept" password="kept" port_count=2 )" +
+            R"(port_labels=["kept"] ports=["kept"] product=")" + product +
+            R"(" ssh={kept="beside the port")" + (tarnwell ? " port=0" : "") +
+            R"(} status="Enrolled" tags=["kept"] username="kept" users=["kept"]})",
+        dump(cfg_get_by_id(store, id.c_str())));
   }
 }
 
@@ -213,8 +218,10 @@ TEST_F(NodeSave, StopsAtTheFirstFailedWriteAndKeepsTheEarlierOnes) {
   } steps[] = {
       {cfg_node_set_name, R"({name="n" product="tarnwell" status="Enrolled"})"},
       {cfg_node_set_bundle_id, R"({name="N" product="tarnwell" status="Enrolled"})"},
-      {cfg_node_set_status, R"({bundle=&enrollment_bundles-1 name="N" product="tarnwell" status="Enrolled"})"},
-      {cfg_node_set_description, R"({approved=true bundle=&enrollment_bundles-1 name="N" product="tarnwell" status="S"})"},
+      {cfg_node_set_status,
+       R"({bundle=&enrollment_bundles-1 name="N" product="tarnwell" status="Enrolled"})"},
+      {cfg_node_set_description,
+       R"({approved=true bundle=&enrollment_bundles-1 name="N" product="tarnwell" status="S"})"},
       {cfg_node_set_fhvpn_address,
        R"({approved=true bundle=&enrollment_bundles-1 description="D" name="N" product="tarnwell" status="S"})"},
       {cfg_node_set_firmware_version,

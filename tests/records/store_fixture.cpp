@@ -134,8 +134,8 @@ std::string StoreTest::dump(cfg_elem *elem) {
       std::free(static_cast<void *>(keys));
       std::sort(names.begin(), names.end());
       for (const std::string &name : names)
-        words += (words.empty() ? "" : " ") + name + "=" +
-                 dump(cfg_simple_get_mapelem(store, elem, name.c_str()));
+        words +=
+            (words.empty() ? "" : " ") + name + "=" + dump(cfg_simple_get_mapelem(store, elem, name.c_str()));
       return "{" + words + "}";
     }
     case CFG_LIST: {

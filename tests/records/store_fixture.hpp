@@ -62,8 +62,8 @@ class StoreTest : public testing::Test {
   /** A blob's bytes; nothing when there is no such blob. */
   std::optional<std::string> blob_at(const std::string &path);
   /**
-   * The subtree of an element in words, keys sorted: {approved=true name="n" ports=[1 2] cert=&id data=<bytes>};
-   * pending list entries stand behind a "+". "none" for no element.
+   * The subtree of an element in words, keys sorted: {approved=true name="n" ports=[1 2] cert=&id
+   * data=<bytes>}; pending list entries stand behind a "+". "none" for no element.
    */
   std::string dump(cfg_elem *elem);
   std::string dump(const std::string &path);

@@ -13,7 +13,8 @@ struct number_setting {
   int (*set)(cfg *, int32_t) noexcept;
 };
 const number_setting under_system[] = {
-    {"system.webui_session_timeout", cfg_system_get_webui_session_timeout, cfg_system_set_webui_session_timeout},
+    {"system.webui_session_timeout", cfg_system_get_webui_session_timeout,
+     cfg_system_set_webui_session_timeout},
     {"system.cli_session_timeout", cfg_system_get_cli_session_timeout, cfg_system_set_cli_session_timeout},
 };
 const number_setting third_party[] = {
@@ -156,8 +157,9 @@ TEST_F(System, SettersKeepWhatStandsBesideThem) {
   EXPECT_EQ(1, cfg_system_set_webui_session_timeout(store, 1));
   EXPECT_EQ(1, cfg_system_set_cli_session_timeout(store, 2));
   EXPECT_EQ(1, cfg_system_set_hostname(store, "b"));
-  EXPECT_EQ(R"({cli_session_timeout=2 hostname="b" other="kept" timezone="Europe/Vienna" webui_session_timeout=1})",
-            dump("system"));
+  EXPECT_EQ(
+      R"({cli_session_timeout=2 hostname="b" other="kept" timezone="Europe/Vienna" webui_session_timeout=1})",
+      dump("system"));
 }
 
 TEST_F(System, SettersReplaceAValueOfAnotherKind) {
