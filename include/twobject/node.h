@@ -147,8 +147,8 @@ TW_API int cfg_node_set_ssh_port(cfg_node *node, uint32_t port) TW_NOEXCEPT;
 /* ---- Certificate, "tarnwell" only ---- */
 
 /**
- * The certificate record behind the reference "cert", or NULL. It belongs to the node and ends with it; its
- * setters and cfg_certificate_save() may be used on it.
+ * The certificate record behind the reference "cert", or NULL. It belongs to the node and ends with it;
+ * cfg_certificate_expire_now() and cfg_certificate_save() may be used on it.
  */
 TW_API cfg_certificate *cfg_node_get_cert_object(const cfg_node *node) TW_NOEXCEPT;
 /** Common name, certificate and private key (PEM) of that record; NULL without one. Borrowed. */

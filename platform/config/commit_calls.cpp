@@ -65,26 +65,36 @@ std::string log_entry(Store &store, const Note &note) {
   return encode_commit(logged);
 }
 
-// Final IDs for the handles of new elements. They are made before the commit, so that nothing can fail behind
-// it.
-using FinalIds = std::vector<std::pair<Head *, const char *>>;
+// Where the elements behind handles of new elements stand after the commit. It is worked out before the
+// commit, so that nothing can fail behind it.
+struct Place {
+  Head *head;
+  Head *holder;
+  const KeyName *key;
+  std::uint32_t number;
+};
 
-FinalIds final_ids(Store &store, const Plan &plan) {
-  FinalIds ids;
+std::vector<Place> places(const Store &store) {
+  std::vector<Place> found;
+  found.reserve(store.edit->born.size());
   for (Head *head : store.edit->born) {
-    const std::string final = plan.final_id(head->node);
-    if (final.empty()) continue;
-    auto *text = static_cast<char *>(store.head_arena.allocate(final.size() + 1, 1));
-    std::memcpy(text, final.c_str(), final.size() + 1);
-    ids.emplace_back(head, text);
+    const Node *node = head->node;
+    Head *holder = node == nullptr || node->dead ? nullptr : holder_of(head);
+    if (holder != nullptr)
+      found.push_back({head, holder, node->key, node->number != 0 ? node->number : node->assigned});
   }
-  return ids;
+  return found;
 }
 
 // What is left to do when the edit is in the store, or when there is none: the next call reads the newest
 // revision.
-void finish(Store &store, const FinalIds &ids) noexcept {
-  for (const auto &[head, final] : ids) head->final_id = final;
+void finish(Store &store, const std::vector<Place> &committed) noexcept {
+  for (const Place &place : committed) {
+    place.head->parent = place.holder;
+    place.head->key = place.key;
+    place.head->number = place.number;
+    place.head->committed = true;
+  }
   store.drop_edit();
   store.drop_results();
   store.messages.clear();
@@ -112,11 +122,11 @@ int commit(Store &store, const Note &note) {
       if (write.remove && write.expected == 0) continue;
       request.writes.push_back({key, write.expected, write.bytes, write.remove});
     }
-    const FinalIds ids = final_ids(store, plan);
+    const std::vector<Place> committed = places(store);
     const CommitResult result = store.engine->commit(request);
     if (result.failure) return store.fail(result.failure);
     if (result.stale) continue;
-    finish(store, result.repeated ? FinalIds{} : ids);
+    finish(store, result.repeated ? std::vector<Place>{} : committed);
     return 1;
   }
   return store.fail(CFG_E_CONFLICT, "conflict: other commits came first %d times in a row", kAttempts);

@@ -36,7 +36,7 @@ struct Head {
 
   bool born = false;               // made by cfg_new_*: its ID is provisional
   Head *forward = nullptr;         // of a born head: the head of the committed element, once someone asked
-  const char *final_id = nullptr;  // of a born head that was committed
+  bool committed = false;          // of a born head: holder and step say where its element stands now
   SearchResult *result = nullptr;  // of a list made by cfg_search()
 
   const char *id() const { return reinterpret_cast<const char *>(this + 1); }

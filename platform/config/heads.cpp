@@ -240,8 +240,11 @@ Head *bound(Head *head) {
   if (head->born || head->result != nullptr) {
     if (!store.reading()) return nullptr;
     if (head->result != nullptr) return head;
-    if (head->final_id != nullptr) {
-      head->forward = head_by_id(store, head->final_id);
+    if (head->committed) {
+      Head *holder = bound(head->parent);
+      if (holder == nullptr) return nullptr;
+      head->forward =
+          head->key != nullptr ? child_of(holder, head->key->text) : entry_of(holder, head->number);
       return head->forward;
     }
     return head->node != nullptr && !head->node->dead ? head : nullptr;

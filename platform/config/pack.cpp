@@ -164,6 +164,7 @@ std::string Plan::final_id(const Node *node) const {
 }
 
 std::string Plan::retired_table(const MapNode &owner) const {
+  if (owner.owner->lists.empty() && owner.owner->retired.empty()) return {};
   std::vector<NamedList> lists;
   named_lists(&owner, {}, lists);
   const auto alive = [&](std::string_view name) {

@@ -62,6 +62,43 @@ class KeyReader {
   const std::int16_t *slots_ = nullptr;
 };
 
+// Shows the entries of a list to the visitor until it ends the scan. The result is the entry at which it did
+// so, NULL when it saw them all.
+Head *scan(Head *list, const cfg_keyset &set, cfg_scan_visitor visit, void *context) {
+  std::vector<cfg_value> values(set.count);
+  KeyReader reader(*list->store, set);
+  std::int32_t index = 0;
+  const auto goes_on = [&](const Found &entry) {
+    if (!reader.read(entry, values.data())) values.assign(set.count, cfg_value{});
+    return visit(context, index++, values.data()) != 0;
+  };
+  if (list->result != nullptr) {
+    for (Head *result : list->result->entries) {
+      const Head *entry = bound(result);
+      if (!goes_on(entry == nullptr ? Found{} : Found{entry->node, entry->stored})) return result;
+    }
+    return nullptr;
+  }
+  std::uint32_t number = 0;
+  Found last;
+  bool ended = false;
+  ListView(list).each([&](std::uint32_t at, const Found &entry) {
+    number = at;
+    last = entry;
+    ended = !goes_on(entry);
+    return !ended;
+  });
+  if (!ended) return nullptr;
+  return number == 0 ? last.node->head : entry_of(list, number);
+}
+
+Head *checked_list(Store *store, cfg_elem *list) {
+  Head *head = checked(store, list, CFG_LIST);
+  if (head == nullptr || head->result != nullptr || ListView(head)) return head;
+  store->fail(CFG_E_CORRUPT, "the list \"%s\" is damaged", head->id());
+  return nullptr;
+}
+
 bool sound(const cfg_keyset *set) { return set != nullptr && set->keys != nullptr && set->count > 0; }
 
 }  // namespace
@@ -100,25 +137,20 @@ int cfg_list_scan(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor visit,
   if (list == nullptr || !sound(set) || visit == nullptr) return 0;
   Store *store = Head::of(list)->store;
   return guarded(store, 0, [&] {
-    Head *head = checked(store, list, CFG_LIST);
+    Head *head = checked_list(store, list);
     if (head == nullptr) return 0;
-    std::vector<cfg_value> values(set->count);
-    KeyReader reader(*store, *set);
-    const auto visit_entry = [&](std::int32_t index, const Found &entry) {
-      if (!reader.read(entry, values.data())) values.assign(set->count, cfg_value{});
-      return visit(context, index, values.data()) != 0;
-    };
-    std::int32_t index = 0;
-    if (head->result != nullptr) {
-      for (Head *result : head->result->entries) {
-        const Head *entry = bound(result);
-        if (!visit_entry(index++, entry == nullptr ? Found{} : Found{entry->node, entry->stored})) break;
-      }
-      return 1;
-    }
-    const ListView view(head);
-    if (!view) return store->fail(CFG_E_CORRUPT, "the list \"%s\" is damaged", head->id());
-    view.each([&](std::uint32_t, const Found &entry) { return visit_entry(index++, entry); });
+    scan(head, *set, visit, context);
     return 1;
+  });
+}
+
+cfg_elem *cfg_list_find(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor visit,
+                        void *context) noexcept {
+  if (list == nullptr || !sound(set) || visit == nullptr) return nullptr;
+  Store *store = Head::of(list)->store;
+  return guarded(store, static_cast<cfg_elem *>(nullptr), [&]() -> cfg_elem * {
+    Head *head = checked_list(store, list);
+    Head *found = head == nullptr ? nullptr : scan(head, *set, visit, context);
+    return found == nullptr ? nullptr : found->elem();
   });
 }

@@ -1,12 +1,14 @@
 // Certificate records: loading, revoking, saving, freeing. issue.cpp makes their content.
 #include "certificate/certificate.hpp"
 
+#include <cstring>
 #include <ctime>
 #include <new>
 
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
 #include "record/owned_certificate.hpp"
+#include "record/tables.hpp"
 
 namespace {
 
@@ -40,8 +42,10 @@ const tw::tables tw::certificate_tables = lists;
 
 cfg_certificate *cfg_certificate_new(cfg *store, const char *name) noexcept {
   tw::owned_certificate record = new_record(store);
-  if (!record || !record->common_name.set(name) || !cfg_certificate_generate(record.get())) return nullptr;
-  return record.release();
+  if (!record) return nullptr;
+  // An exact copy: an empty name is for the request to refuse, with the message that names the subject.
+  if (name && !record->common_name.assign(name, std::strlen(name))) return nullptr;
+  return cfg_certificate_generate(record.get()) ? record.release() : nullptr;
 }
 
 cfg_certificate *cfg_get_certificate_by_id(cfg *store, const char *id) noexcept {

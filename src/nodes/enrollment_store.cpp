@@ -2,6 +2,7 @@
 #include "nodes/enrollment.hpp"
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
+#include "record/tables.hpp"
 
 namespace {
 

@@ -2,6 +2,7 @@
 #include "nodes/node.hpp"
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
+#include "record/tables.hpp"
 
 namespace {
 

@@ -13,9 +13,9 @@ struct scan {
   const char *wanted;
   size_t length;
   size_t name_slot;  // where "name" and "status" stand in the key set
-  int32_t found = -1;
+  bool found = false;
 
-  static int visit(void *context, int32_t index, const cfg_value *values) {
+  static int visit(void *context, int32_t, const cfg_value *values) {
     auto &self = *static_cast<scan *>(context);
     const cfg_value *name = values + self.name_slot;
     const cfg_value *status = name + 1;
@@ -23,7 +23,7 @@ struct scan {
     if (values->kind != CFG_STRING || values->length != self.length ||
         std::memcmp(values->data, self.wanted, self.length) != 0)
       return 1;
-    self.found = index;
+    self.found = true;
     return 0;
   }
 };
@@ -37,10 +37,9 @@ constexpr cfg_keyset by_address{address_keys, 3};
 
 cfg_node *find(cfg *store, const cfg_keyset &keys, const char *wanted) noexcept {
   if (!wanted) return nullptr;
-  cfg_elem *nodes = cfg_get_by_path(store, "nodes");
   scan context{wanted, std::strlen(wanted), keys.count - 2};
-  if (!cfg_list_scan(nodes, &keys, scan::visit, &context) || context.found < 0) return nullptr;
-  return tw::load_node(store, cfg_simple_get_listelem(store, nodes, context.found)).release();
+  cfg_elem *node = cfg_list_find(cfg_get_by_path(store, "nodes"), &keys, scan::visit, &context);
+  return context.found ? tw::load_node(store, node).release() : nullptr;
 }
 
 struct condition_free {

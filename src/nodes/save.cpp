@@ -1,6 +1,7 @@
 // Writing a node back into its element, and the generic writers.
 #include "nodes/node.hpp"
 #include "record/engine.hpp"
+#include "record/tables.hpp"
 
 namespace {
 

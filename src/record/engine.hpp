@@ -1,9 +1,6 @@
-// The engine that runs over rows, and the dump of all rows.
+// The engine that runs over rows.
 #ifndef TW_RECORD_ENGINE_HPP
 #define TW_RECORD_ENGINE_HPP
-
-#include <initializer_list>
-#include <span>
 
 #include "record/row.hpp"
 
@@ -25,21 +22,6 @@ template <class Record, std::size_t N>
 bool store(const store_list<Record, N> &list, const Record &record, cfg *store, cfg_elem *map) noexcept {
   return store_all(list, &record, store, map);
 }
-
-// A list under the name that the dump of all tables gives it. Every family publishes its lists as
-// `<name>_tables`, so that a changed key, order or rule shows in the tests as a changed line.
-struct named_list {
-  const char *name;
-  const row_list &list;
-  bool stores;
-};
-using tables = std::span<const named_list>;
-
-extern const tables certificate_tables;
-extern const tables enrollment_tables;
-extern const tables etag_tables;
-extern const tables node_load_tables;
-extern const tables node_save_tables;
 
 }  // namespace tw
 

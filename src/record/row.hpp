@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "record/enumeration.hpp"
 #include "record/helpers.hpp"
@@ -62,6 +63,9 @@ struct member_of<Member> {
   static const Value &of(const void *record) { return static_cast<const Record *>(record)->*Member; }
 };
 
+template <auto Member>
+using row_of = row<typename member_of<Member>::record>;
+
 // A text, from a value that is a string, a reference or a blob.
 template <auto Member>
 bool load_text(void *record, const cfg_value &value) {
@@ -76,7 +80,7 @@ bool load_number(void *record, const cfg_value &value) {
 
 // A string; saving NULL deletes the key.
 template <auto Member>
-constexpr row<typename member_of<Member>::record> string_row(const char *key) {
+constexpr row_of<Member> string_row(const char *key) {
   return {{key, CFG_STRING, presence::optional, load_text<Member>,
            [](cfg *store, cfg_elem *map, const char *k, const void *record) {
              return store_map_string(store, map, k, member_of<Member>::of(record).c_str()) != 0;
@@ -86,7 +90,7 @@ constexpr row<typename member_of<Member>::record> string_row(const char *key) {
 
 // The ID of another element, kept as text; saving NULL deletes the key.
 template <auto Member>
-constexpr row<typename member_of<Member>::record> reference_row(const char *key) {
+constexpr row_of<Member> reference_row(const char *key) {
   return {{key, CFG_REFERENCE, presence::optional, load_text<Member>,
            [](cfg *store, cfg_elem *map, const char *k, const void *record) {
              return store_map_reference(store, map, k, member_of<Member>::of(record).c_str()) != 0;
@@ -96,7 +100,7 @@ constexpr row<typename member_of<Member>::record> reference_row(const char *key)
 
 // A blob that holds text, stored without its NUL; saving NULL deletes the key.
 template <auto Member>
-constexpr row<typename member_of<Member>::record> blob_row(const char *key) {
+constexpr row_of<Member> blob_row(const char *key) {
   return {{key, CFG_BLOB, presence::optional, load_text<Member>,
            [](cfg *store, cfg_elem *map, const char *k, const void *record) {
              const char *bytes = member_of<Member>::of(record).c_str();
@@ -107,7 +111,7 @@ constexpr row<typename member_of<Member>::record> blob_row(const char *key) {
 
 // A 32-bit integer, signed or not; 0 is a value like any other.
 template <auto Member>
-constexpr row<typename member_of<Member>::record> int_row(const char *key) {
+constexpr row_of<Member> int_row(const char *key) {
   return {{key, CFG_INT, presence::optional, load_number<Member>,
            [](cfg *store, cfg_elem *map, const char *k, const void *record) {
              return cfg_map_set_int(store, map, k, static_cast<int32_t>(member_of<Member>::of(record))) != 0;
@@ -117,12 +121,13 @@ constexpr row<typename member_of<Member>::record> int_row(const char *key) {
 
 // A 32-bit integer of which 0 means "none": saving 0 deletes the key.
 template <auto Member>
-constexpr row<typename member_of<Member>::record> nonzero_row(const char *key) {
-  row<typename member_of<Member>::record> r = int_row<Member>(key);
+constexpr row_of<Member> nonzero_row(const char *key) {
+  row_of<Member> r = int_row<Member>(key);
   r.store = [](cfg *store, cfg_elem *map, const char *k, const void *record) {
     const auto value = member_of<Member>::of(record);
-    if (value == 0) return cfg_map_delete_key(store, map, k), true;
-    return cfg_map_set_int(store, map, k, static_cast<int32_t>(value)) != 0;
+    if (value != 0) return cfg_map_set_int(store, map, k, static_cast<int32_t>(value)) != 0;
+    cfg_map_delete_key(store, map, k);
+    return true;
   };
   r.rule = "0 deletes";
   return r;
@@ -130,7 +135,7 @@ constexpr row<typename member_of<Member>::record> nonzero_row(const char *key) {
 
 // A truth value, kept as int32_t; any value but 0 is saved as true.
 template <auto Member>
-constexpr row<typename member_of<Member>::record> bool_row(const char *key) {
+constexpr row_of<Member> bool_row(const char *key) {
   return {{key, CFG_BOOL, presence::optional, load_number<Member>,
            [](cfg *store, cfg_elem *map, const char *k, const void *record) {
              return cfg_map_set_bool(store, map, k, member_of<Member>::of(record) != 0) != 0;
@@ -141,7 +146,7 @@ constexpr row<typename member_of<Member>::record> bool_row(const char *key) {
 // An enumeration, kept in the store as its text. Unknown text reads as the table's unknown value; a value
 // without text deletes the key.
 template <auto Member, const enumeration &Table>
-constexpr row<typename member_of<Member>::record> enum_row(const char *key) {
+constexpr row_of<Member> enum_row(const char *key) {
   return {{key, CFG_STRING, presence::optional,
            [](void *record, const cfg_value &value) {
              member_of<Member>::of(record) = Table.from_string(value.data);
@@ -155,8 +160,8 @@ constexpr row<typename member_of<Member>::record> enum_row(const char *key) {
 
 // The same for a record that makes no sense without a known value: unknown text fails the load.
 template <auto Member, const enumeration &Table>
-constexpr row<typename member_of<Member>::record> known_enum_row(const char *key) {
-  row<typename member_of<Member>::record> r = mandatory(enum_row<Member, Table>(key));
+constexpr row_of<Member> known_enum_row(const char *key) {
+  row_of<Member> r = mandatory(enum_row<Member, Table>(key));
   r.load = [](void *record, const cfg_value &value) {
     return (member_of<Member>::of(record) = Table.from_string(value.data)) != Table.unknown;
   };

@@ -31,10 +31,10 @@ class basic_text {
 
   // Takes over a heap string without copying it.
   void adopt(char *chars) noexcept {
-    if constexpr (Wiped) {
-      if (chars_) explicit_bzero(chars_, std::strlen(chars_));
+    if (chars_) {
+      if constexpr (Wiped) explicit_bzero(chars_, std::strlen(chars_));
+      std::free(chars_);
     }
-    std::free(chars_);
     chars_ = chars;
   }
 

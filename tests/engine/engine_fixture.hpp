@@ -68,11 +68,12 @@ inline Failure refused_open(const std::string &path, unsigned options = 0) {
   return failure;
 }
 
+// What verify() found, and why it could not go on if it could not.
 inline std::vector<std::string> problems(Engine &engine) {
   std::vector<std::string> found;
   const Failure failure = engine.verify(
       [&](const std::string &where, const std::string &what) { found.push_back(where + ": " + what); });
-  EXPECT_EQ(failure.code, CFG_OK) << failure.text;
+  if (failure) found.push_back(failure.text);
   return found;
 }
 

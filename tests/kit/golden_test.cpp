@@ -6,7 +6,7 @@
 #include <iomanip>
 #include <sstream>
 
-#include "record/engine.hpp"
+#include "record/tables.hpp"
 
 namespace {
 

@@ -85,8 +85,6 @@ std::string parse_meta(const PageBytes &page, MetaPage &meta) {
   // A fixed map would let the file choose where in this process's memory it is mapped.
   if ((meta.free_pages.flags & kFixedMap) != 0) return "asks for a fixed address";
   if (meta.last_page < 1 || meta.last_page > (std::uint64_t{1} << 48)) return "an impossible page count";
-  if (!plausible(meta.free_pages, meta.last_page) || !plausible(meta.records, meta.last_page))
-    return "the root of a tree lies outside the file";
   return {};
 }
 
@@ -108,6 +106,9 @@ std::string meta_problem(int file, MetaPage &newest) {
   MetaPage metas[2];
   if (std::string wrong = read_meta_pages(file, metas); !wrong.empty()) return wrong;
   newest = metas[0];
+  // The older one may contradict itself: LMDB leaves it so when it could not write it.
+  if (!plausible(newest.free_pages, newest.last_page) || !plausible(newest.records, newest.last_page))
+    return "the root of a tree lies outside the file";
   if (newest.records.root == kNoPage || (newest.records.flags & 0x7fff) != kIntegerKey)
     return "this is not the data file of a configuration store";
   // Only now: a writer makes the file longer before it counts the pages.

@@ -24,7 +24,7 @@ class LmdbCursor final : public Cursor {
   Stored value() const override { return value_; }
 
  private:
-  // Keys lie below everything else in the table: the first entry that is no value ends the walk.
+  // Values lie below everything else in the table: the first entry that is no value ends the walk.
   template <class Move>
   bool settle(Move move) {
     value_ = snapshot_.guarded([this, &move] {

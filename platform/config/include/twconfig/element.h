@@ -108,6 +108,7 @@ CFG_API int cfg_delete_element(cfg *store, cfg_elem *elem) CFG_NOEXCEPT;
 
 /* ---- Reading scalar elements ---- */
 
+/* Readers fail when the element is NULL, gone or of another kind. */
 CFG_API int cfg_string_value(cfg_elem *elem, char **out) CFG_NOEXCEPT;
 CFG_API int cfg_int_value(cfg_elem *elem, int32_t *out) CFG_NOEXCEPT;
 CFG_API int cfg_bool_value(cfg_elem *elem, int32_t *out) CFG_NOEXCEPT;

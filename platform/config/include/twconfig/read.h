@@ -45,5 +45,12 @@ typedef int (*cfg_scan_visitor)(void *context, int32_t index, const cfg_value *v
 CFG_API int cfg_list_scan(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor visit,
                           void *context) CFG_NOEXCEPT;
 
+/**
+ * The same scan, for finding one entry: the result is the entry at which the visitor ended it by returning 0,
+ * NULL when it never did.
+ */
+CFG_API cfg_elem *cfg_list_find(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor visit,
+                                void *context) CFG_NOEXCEPT;
+
 CFG_END
 #endif
