@@ -39,18 +39,24 @@ const char *const any_error = "error:(?!0+:)[0-9A-F]+:.*";
 TEST_F(CertificateFailure, ANameOf65CharactersFailsTheSubject) {
   expect_failure(
       {std::string("3 build_csr: Failed to build X509 subject name: ") + any_error + "string too long",
-       "3 cfg_certificate_generate: Failed to build CSR"},
+       "3 build_csr: Failed to build CSR"},
       std::string(65, 'n').c_str(), 3);
 }
 
 TEST_F(CertificateFailure, AVeryLongNameFailsTheSubject) {
   expect_failure({std::string("3 build_csr: Failed to build X509 subject name: ") + any_error,
-                  "3 cfg_certificate_generate: Failed to build CSR"},
+                  "3 build_csr: Failed to build CSR"},
                  std::string(100000, 'n').c_str(), 3);
 }
 
+TEST_F(CertificateFailure, AnEmptyNameFailsTheSubject) {
+  expect_failure({std::string("3 build_csr: Failed to build X509 subject name: ") + any_error,
+                  "3 build_csr: Failed to build CSR"},
+                 "", 3);
+}
+
 TEST_F(CertificateFailure, ANullNameFailsTheRequestAtOnce) {
-  expect_failure({"3 cfg_certificate_generate: Failed to build CSR"}, nullptr, 3);
+  expect_failure({"3 build_csr: Failed to build CSR"}, nullptr, 3);
 }
 
 TEST_F(CertificateFailure, AMissingElementOfTheAuthorityIsToldBeforeAnySigning) {

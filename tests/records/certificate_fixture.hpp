@@ -44,10 +44,10 @@ class CertificateTest : public StoreTest {
 
 /** The lines of an issue that goes well; its signing says nothing. */
 inline const std::vector<std::string> lines_of_a_success = {
-    "7 cfg_certificate_generate: Building key PEM",
-    "7 cfg_certificate_generate: Successfully built new key PEM",
-    "7 cfg_certificate_generate: Building X509 CSR",
-    "7 cfg_certificate_generate: Successfully built X509 CSR",
+    "7 build_pkey: Building key PEM",
+    "7 build_pkey: Successfully built new key PEM",
+    "7 build_csr: Building X509 CSR",
+    "7 build_csr: Successfully built X509 CSR",
 };
 
 }  // namespace records

@@ -172,6 +172,14 @@ TEST_F(EnrollmentFields, CredentialsAreReplacedTogether) {
   EXPECT_STREQ("q", cfg_enrollment_get_password(record.get()));
 }
 
+TEST_F(EnrollmentFields, UserNameAndPasswordMayBeExchanged) {
+  cfg_enrollment_set_credentials(record.get(), "u", "p");
+  EXPECT_EQ(1, cfg_enrollment_set_credentials(record.get(), cfg_enrollment_get_password(record.get()),
+                                              cfg_enrollment_get_username(record.get())));
+  EXPECT_STREQ("p", cfg_enrollment_get_username(record.get()));
+  EXPECT_STREQ("u", cfg_enrollment_get_password(record.get()));
+}
+
 TEST_F(EnrollmentFields, NumbersAreKeptAsTheyAreSet) {
   for (const uint32_t port : {0U, 7001U, 4294967295U}) {
     EXPECT_EQ(1, cfg_enrollment_set_base_port(record.get(), port));

@@ -194,6 +194,14 @@ TEST_F(NodeFields, TheTextsThatAreHeldMayBeSetAgain) {
   EXPECT_STREQ("Port 1", cfg_node_get_port_label(node.get(), 0));
 }
 
+TEST_F(NodeFields, UserNameAndPasswordMayBeExchanged) {
+  cfg_node_set_credentials(node.get(), "u", "p");
+  EXPECT_EQ(1, cfg_node_set_credentials(node.get(), cfg_node_get_password(node.get()),
+                                        cfg_node_get_username(node.get())));
+  EXPECT_STREQ("p", cfg_node_get_username(node.get()));
+  EXPECT_STREQ("u", cfg_node_get_password(node.get()));
+}
+
 TEST_F(NodeFields, APortCountOfThreeGivesLabelsPort1ToPort3) {
   EXPECT_EQ(1, cfg_node_set_port_count_field(node.get(), 3));
   EXPECT_EQ(3, cfg_node_get_port_count_field(node.get()));
