@@ -34,6 +34,7 @@ void compare(const Settings &settings, const std::string &figure, const std::vec
   enter(contest, settings, "LMDB bulk insert", nodes, &PackedStore::append);
   contest.run(settings.rounds(4), 1);
   table.compare(figure, contest, "ours", "LMDB bulk insert", at_most(2));
+  table.compare(figure + ", processor", contest, "ours", "LMDB bulk insert", Target{}, Contest::processor);
 }
 
 }  // namespace

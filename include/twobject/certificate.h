@@ -12,7 +12,8 @@ typedef struct cfg_certificate cfg_certificate;
 /**
  * Makes a record and issues its certificate at once with cfg_certificate_generate(). The record is not saved.
  * @param common_name the certificate's CN, at most 64 characters; copied
- * @return a record of the caller's, or NULL when the certificate cannot be issued
+ * @return a record of the caller's, or NULL when the certificate cannot be issued: never without a handle or
+ * a common name
  */
 TW_API cfg_certificate *cfg_certificate_new(cfg *store, const char *common_name) TW_NOEXCEPT;
 
@@ -34,13 +35,13 @@ TW_API int cfg_certificate_generate(cfg_certificate *certificate) TW_NOEXCEPT;
  */
 TW_API cfg_certificate *cfg_get_certificate_by_id(cfg *store, const char *id) TW_NOEXCEPT;
 
-/** ID of the element; NULL until the record is saved. Borrowed. */
+/** ID of the element; NULL until the record is saved. */
 TW_API const char *cfg_certificate_get_id(const cfg_certificate *certificate) TW_NOEXCEPT;
-/** Common name that the certificate was issued for: "common_name". Borrowed. */
+/** Common name that the certificate was issued for: "common_name". */
 TW_API const char *cfg_certificate_get_common_name(const cfg_certificate *certificate) TW_NOEXCEPT;
-/** The certificate as PEM text: the blob "certificate". Borrowed. */
+/** The certificate as PEM text: the blob "certificate". */
 TW_API const char *cfg_certificate_get_cert(const cfg_certificate *certificate) TW_NOEXCEPT;
-/** The unencrypted private key as PEM text: the blob "private_key". Borrowed. */
+/** The unencrypted private key as PEM text: the blob "private_key". */
 TW_API const char *cfg_certificate_get_private_key(const cfg_certificate *certificate) TW_NOEXCEPT;
 
 /**
@@ -53,8 +54,9 @@ TW_API int cfg_certificate_expire_now(cfg_certificate *certificate) TW_NOEXCEPT;
  * Saves the record. A record without ID is appended to "certificates" as a pending entry, gets its ID and is
  * written whole. Of a record with ID only "revoke_time" is written (deleted while it is not revoked): an
  * issued certificate, its key and its name never change.
- * @return 1. 0 for a new record when "certificates" is missing or a write fails; the record then has an ID
- * and the unfinished entry stays in the edit, which the caller abandons.
+ * @return 0 for a new record without certificate or key, or when "certificates" is missing or a write of
+ * these fails: an entry that was begun stays in the edit, which the caller abandons, and the record keeps its
+ * ID. Otherwise 1, for a record with ID even when its element is gone.
  */
 TW_API int cfg_certificate_save(cfg_certificate *certificate) TW_NOEXCEPT;
 

@@ -32,13 +32,15 @@
  *  5. Strings. A `const char *` that is returned is borrowed from the record: never free it; it lives until
  *     that field is set again or the record is freed. A `char *`, returned or handed out, is a heap copy that
  *     the caller releases with free(). Strings that are passed in are copied.
- *  6. NULL. Getters, setters, look-ups and free functions accept NULL and give NULL or 0, or do nothing.
+ *  6. NULL. Getters, setters, look-ups and free functions accept NULL and give NULL or 0, or do nothing. What
+ *     a constructor makes of NULL stands with it.
  *  7. Programming errors. A save or store function that is given a NULL record, or one without a store
- * handle, prints the failed expression, the source file and the function to standard error and aborts, in
- * every kind of build. Nothing else in this library aborts on what a caller passes.
+ *     handle, prints the failed expression, the source file and the function to standard error and aborts, in
+ *     every kind of build. Nothing else in this library aborts on what a caller passes.
  *  8. Empty strings. A string setter turns "" into NULL, and saving a NULL string deletes its key: records
  *     never write empty strings.
- *  9. Absent keys. An optional key that is absent reads as NULL or 0.
+ *  9. Keys. An optional key that is absent reads as NULL or 0; one that holds a value of another kind makes
+ *     the look-up of the record fail. The keys that a record cannot be without are named at its look-up.
  * 10. Saving writes key after key and stops at the first write that fails. Nothing is rolled back: the caller
  *     abandons the edit. A new element joins its list as a pending entry, which ordinary list reads see after
  *     the commit.

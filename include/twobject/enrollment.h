@@ -55,11 +55,12 @@ TW_API void cfg_enrollment_free(cfg_enrollment *enrollment) TW_NOEXCEPT;
 
 /**
  * ID of the node element, looked up anew: once a commit has replaced a provisional ID, the record takes the
- * final one and answers it. NULL until the record is saved. Borrowed until the next call on the record.
+ * final one and answers it. NULL until the record is saved. The text lives until the next call of this
+ * function.
  */
 TW_API const char *cfg_enrollment_get_uuid(cfg_enrollment *enrollment) TW_NOEXCEPT;
 
-/** Product kind: "product". Borrowed. */
+/** Product kind: "product". */
 TW_API const char *cfg_enrollment_get_product(const cfg_enrollment *enrollment) TW_NOEXCEPT;
 
 /** Enrollment status: "status". The getter gives a heap copy that the caller frees, or NULL. */
@@ -79,7 +80,7 @@ TW_API int cfg_enrollment_set_name(cfg_enrollment *enrollment, const char *name)
 
 /* ---- Certificates and the enrolment package ---- */
 
-/** The node's certificate and private key as PEM texts, from the reference "cert"; NULL without. Borrowed. */
+/** The node's certificate and private key as PEM texts, from the reference "cert"; NULL without. */
 TW_API const char *cfg_enrollment_get_cert(const cfg_enrollment *enrollment) TW_NOEXCEPT;
 TW_API const char *cfg_enrollment_get_key(const cfg_enrollment *enrollment) TW_NOEXCEPT;
 
@@ -125,7 +126,7 @@ TW_API int cfg_enrollment_set_port_count_field(cfg_enrollment *enrollment, int32
 
 /**
  * Label of the port at a 0-based index: an entry of the list "port_labels". NULL outside the port count. The
- * setter ignores an index outside the port count and a NULL text, answering 0.
+ * setter ignores an index outside the port count and a NULL text, answering 0; "" is a label like any other.
  */
 TW_API const char *cfg_enrollment_get_port_label(const cfg_enrollment *enrollment, int32_t index) TW_NOEXCEPT;
 TW_API int cfg_enrollment_set_port_label(cfg_enrollment *enrollment, int32_t index,

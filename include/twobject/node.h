@@ -32,7 +32,8 @@ TW_API cfg_node *cfg_new_node(cfg *store) TW_NOEXCEPT;
 /**
  * Loads a node.
  * @param id the element's ID, final or provisional
- * @return a record of the caller's; NULL when the element is missing or has no "name" or no "status" text
+ * @return a record of the caller's; NULL when the element is missing or has no "name" or no "status" text.
+ * These two alone decide: any other key that holds a value of another kind than its field reads as absent.
  */
 TW_API cfg_node *cfg_get_node_by_id(cfg *store, const char *id) TW_NOEXCEPT;
 
@@ -84,7 +85,7 @@ TW_API void cfg_node_free(cfg_node *node) TW_NOEXCEPT;
  * unchanged.
  */
 
-/** ID of the element; NULL in a new record. */
+/** ID that the element had when the node was loaded; NULL in a new record. */
 TW_API const char *cfg_node_get_uuid(const cfg_node *node) TW_NOEXCEPT;
 
 /** Display name: "name". */
@@ -113,7 +114,7 @@ TW_API int cfg_node_set_approved(cfg_node *node, int32_t approved) TW_NOEXCEPT;
 /**
  * Name of the enrollment bundle by which the node was tagged: the text of the last of its tag values whose
  * tag is named "Bundle", or "Global" without one. Read on first use and then kept in the record; a text that
- * is set is answered instead. Never saved. NULL for a NULL node or when memory is short. Borrowed.
+ * is set is answered instead. Never saved. NULL for a NULL node or when memory is short.
  */
 TW_API const char *cfg_node_get_enrollment_bundle(cfg_node *node) TW_NOEXCEPT;
 TW_API int cfg_node_set_enrollment_bundle(cfg_node *node, const char *bundle) TW_NOEXCEPT;
@@ -151,7 +152,7 @@ TW_API int cfg_node_set_ssh_port(cfg_node *node, uint32_t port) TW_NOEXCEPT;
  * cfg_certificate_expire_now() and cfg_certificate_save() may be used on it.
  */
 TW_API cfg_certificate *cfg_node_get_cert_object(const cfg_node *node) TW_NOEXCEPT;
-/** Common name, certificate and private key (PEM) of that record; NULL without one. Borrowed. */
+/** Common name, certificate and private key (PEM) of that record; NULL without one. */
 TW_API const char *cfg_node_get_cert_cn(const cfg_node *node) TW_NOEXCEPT;
 TW_API const char *cfg_node_get_cert(const cfg_node *node) TW_NOEXCEPT;
 TW_API const char *cfg_node_get_key(const cfg_node *node) TW_NOEXCEPT;
@@ -186,7 +187,8 @@ TW_API int cfg_node_set_port_count_field(cfg_node *node, int32_t count) TW_NOEXC
 
 /**
  * Label of the port at a 0-based index: an entry of the list "port_labels". NULL outside the port count and
- * for a port without label. The setter ignores an index outside the port count and a NULL text, answering 0.
+ * for a port without label. The setter ignores an index outside the port count and a NULL text, answering 0;
+ * "" is a label like any other.
  */
 TW_API const char *cfg_node_get_port_label(const cfg_node *node, int32_t index) TW_NOEXCEPT;
 TW_API int cfg_node_set_port_label(cfg_node *node, int32_t index, const char *label) TW_NOEXCEPT;
@@ -200,7 +202,10 @@ TW_API int cfg_node_set_port_label(cfg_node *node, int32_t index, const char *la
 
 /** Number of the node's etags. */
 TW_API int32_t cfg_node_get_etag_count(cfg_node *node) TW_NOEXCEPT;
-/** The etag at a 0-based index; NULL outside the list and for an entry that could not be read. Borrowed. */
+/**
+ * The etag at a 0-based index; NULL outside the list and for an entry that could not be read. It belongs to
+ * the node and ends with it.
+ */
 TW_API const cfg_etag *cfg_node_get_etag(cfg_node *node, int32_t index) TW_NOEXCEPT;
 /** Version and status of the node's first etag of this name; 0 and NULL without one. */
 TW_API int32_t cfg_node_get_etag_version(cfg_node *node, const char *name) TW_NOEXCEPT;

@@ -8,6 +8,17 @@
 
 namespace twcfg {
 
+inline Store *store_of(cfg_elem *elem) { return elem == nullptr ? nullptr : Head::of(elem)->store; }
+
+// Whether the handle is there and every pointer is; a missing one is noted as the caller's mistake.
+template <class... Pointer>
+bool given(Store *store, Pointer... pointer) {
+  if (store == nullptr) return false;
+  if (((pointer != nullptr) && ...)) return true;
+  store->fail(CFG_E_ARGUMENT, "an argument is NULL");
+  return false;
+}
+
 // The bound head of an element of this handle; NULL for NULL, a dead element or one of another handle.
 inline Head *checked(Store *store, cfg_elem *elem) {
   Head *head = bound(elem);
@@ -20,6 +31,7 @@ inline Head *checked(Store *store, cfg_elem *elem) {
 
 // The same for an element that must be a map, or a list.
 inline Head *checked(Store *store, cfg_elem *elem, cfg_kind kind) {
+  if (!store->reading()) return nullptr;
   Head *head = checked(store, elem);
   if (head == nullptr) {
     store->fail(CFG_E_ARGUMENT, "there is no such %s", kind == CFG_MAP ? "map" : "list");

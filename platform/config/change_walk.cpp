@@ -5,9 +5,29 @@
 namespace twcfg {
 namespace {
 
-void walk_list(const ListNode &list, const std::string &path, const ChangeVisitor &visit) {
+// Where the entries of a list are stored, to tell what a removed one was: in the record `inside`, or on their
+// own.
+struct StoredEntries {
+  Store &store;
+  std::uint32_t distant;
+  Packed inside;
+
+  Packed operator[](std::uint32_t number) const {
+    if (distant != 0) return packed_record(store.snapshot->get(make_key(distant, number)).bytes);
+    const PackedList packed(inside);
+    const std::int64_t index = packed ? packed.index_of(number) : -1;
+    return index < 0 ? Packed{} : packed.child(static_cast<std::uint32_t>(index));
+  }
+};
+
+void walk_list(const ListNode &list, const StoredEntries &old, const std::string &path,
+               const ChangeVisitor &visit) {
   for (const ListNode::Removed &gone : list.removed) {
-    visit({Change::kRemoved, entry_path(path, gone.number), gone.changed, nullptr, {}});
+    visit({Change::kRemoved,
+           entry_path(path, gone.number),
+           gone.changed,
+           nullptr,
+           {nullptr, old[gone.number]}});
   }
   // New entries follow what is there when they are committed, so only the list itself matters to them.
   for (const auto *entries : {&list.added, &list.future}) {
@@ -19,12 +39,6 @@ Packed old_child(Store &store, const Packed &old, const KeyName &key) {
   if (!old) return {};
   const PackedMap packed(old, store.shapes, *store.snapshot);
   return packed ? packed.find(key.text, store.names) : Packed{};
-}
-
-Packed old_entry(const Packed &old, std::uint32_t number) {
-  const PackedList packed(old);
-  const std::int64_t index = packed ? packed.index_of(number) : -1;
-  return index < 0 ? Packed{} : packed.child(static_cast<std::uint32_t>(index));
 }
 
 bool list_touched(const ListNode &list) {
@@ -76,16 +90,17 @@ void walk_node(Store &store, const Node *node, const std::string &path, const Pa
         visit({Change::kRemoved, child, item.changed, nullptr, {nullptr, before}});
       } else {
         const bool scalars = item.node->kind > CFG_LIST && (!before || kind_of(before) > CFG_LIST);
-        const bool in_place = scalars && item.stored;
+        const bool in_place = scalars && item.stored != nullptr;
         visit({in_place ? Change::kSet : Change::kAdded, child, item.changed, item.node, {nullptr, before}});
       }
     }
   } else if (node->kind == CFG_LIST) {
     const auto &list = *static_cast<const ListNode *>(node);
     if (list.distant != 0) return;
-    walk_list(list, path, visit);
+    const StoredEntries before{store, 0, old};
+    walk_list(list, before, path, visit);
     for (const Node *entry : list.entries) {
-      walk_node(store, entry, entry_path(path, entry->number), old_entry(old, entry->number), visit);
+      walk_node(store, entry, entry_path(path, entry->number), before[entry->number], visit);
     }
   }
 }
@@ -93,7 +108,7 @@ void walk_node(Store &store, const Node *node, const std::string &path, const Pa
 void walk_changes(Store &store, const ChangeVisitor &visit) {
   if (store.edit == nullptr) return;
   for (const auto &[number, list] : store.edit->lists) {
-    if (in_place(number, list)) walk_list(*list.node, path_of(list.head), visit);
+    if (in_place(number, list)) walk_list(*list.node, {store, number, {}}, path_of(list.head), visit);
   }
   for (const auto &[key, record] : store.edit->records) {
     if (!in_place(record)) continue;  // removed by this same edit

@@ -126,6 +126,7 @@ int commit(Store &store, const Note &note) {
     const CommitResult result = store.engine->commit(request);
     if (result.failure) return store.fail(result.failure);
     if (result.stale) continue;
+    store.committed = result.revision;
     finish(store, result.repeated ? std::vector<Place>{} : committed);
     return 1;
   }
@@ -202,7 +203,8 @@ int cfg_commit(cfg *store, const cfg_commit_note *note) noexcept {
       Failure failure;
       const auto newest = store->engine->snapshot(failure);
       if (newest == nullptr) return store->fail(failure);
-      if (newest->find_token(checked.token) != 0) {
+      if (const std::uint64_t made = newest->find_token(checked.token)) {
+        store->committed = made;
         finish(*store, {});
         return 1;
       }
@@ -214,6 +216,8 @@ int cfg_commit(cfg *store, const cfg_commit_note *note) noexcept {
     return commit(*store, checked);
   });
 }
+
+uint64_t cfg_committed_revision(const cfg *store) noexcept { return store == nullptr ? 0 : store->committed; }
 
 void cfg_abandon(cfg *store) noexcept {
   if (store == nullptr || !store->in_own_process()) return;
@@ -255,7 +259,7 @@ int cfg_has_changes(cfg *store) noexcept {
 }
 
 int cfg_visit_changes(cfg *store, cfg_change_visitor visit, void *context) noexcept {
-  if (store == nullptr || visit == nullptr) return 0;
+  if (!given(store, visit)) return 0;
   return guarded(store, 0, [&] {
     if (!store->reading()) return 0;
     Teller teller(visit, context);
@@ -278,7 +282,7 @@ int cfg_visit_changes(cfg *store, cfg_change_visitor visit, void *context) noexc
 }
 
 int cfg_visit_log(cfg *store, uint64_t oldest, cfg_commit_visitor visit, void *context) noexcept {
-  if (store == nullptr || visit == nullptr) return 0;
+  if (!given(store, visit)) return 0;
   return guarded(store, 0, [&] {
     if (!store->reading()) return 0;
     const std::uint64_t kept = store->snapshot->oldest_log();
@@ -299,7 +303,7 @@ int cfg_visit_log(cfg *store, uint64_t oldest, cfg_commit_visitor visit, void *c
 }
 
 int cfg_visit_commit(cfg *store, uint64_t revision, cfg_change_visitor visit, void *context) noexcept {
-  if (store == nullptr || visit == nullptr) return 0;
+  if (!given(store, visit)) return 0;
   return guarded(store, 0, [&] {
     if (!store->reading()) return 0;
     LoggedCommit commit;
@@ -319,7 +323,7 @@ int cfg_visit_commit(cfg *store, uint64_t revision, cfg_change_visitor visit, vo
 }
 
 int cfg_find_commit(cfg *store, const char *token, uint64_t *revision) noexcept {
-  if (store == nullptr || token == nullptr || revision == nullptr || *token == '\0') return 0;
+  if (!given(store, token, revision) || *token == '\0') return 0;
   return guarded(store, 0, [&] {
     if (!store->in_own_process()) return 0;
     Failure failure;

@@ -99,7 +99,7 @@ class Grafter {
         other->node = item.node;
         other->changed = item.changed;
       } else if (item.node != nullptr) {
-        theirs.items.push_back({item.key, item.node, false, item.changed});
+        theirs.items.push_back({item.key, item.node, nullptr, item.changed});
       } else {
         lose(key_path(path, *item.key), item.changed);
       }

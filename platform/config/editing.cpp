@@ -140,7 +140,7 @@ bool set_item(Head *map, std::string_view key, Node *value) {
   if (value == nullptr) {
     if (item == nullptr || item->node == nullptr) return true;
     detach(store, item->node);
-    if (item->stored) {
+    if (item->stored != nullptr) {
       item->node = nullptr;
       item->changed = seen;
     } else {
@@ -153,11 +153,17 @@ bool set_item(Head *map, std::string_view key, Node *value) {
     if (node->items.size() >= kMaxMapKeys) {
       return store.fail(CFG_E_LIMIT, "a map has at most %zu keys", kMaxMapKeys) != 0;
     }
-    node->items.push_back({name, value, false, seen});
+    node->items.push_back({name, value, nullptr, seen});
   } else {
-    // Writing the value that is there already is no change, so that records can be saved whole without
-    // conflicts.
-    if (item->node != nullptr && item->changed == kClean && same_scalar(*item->node, *value)) return true;
+    // Writing the value that is stored is no change, or takes a change back: records can be saved whole
+    // without conflicts.
+    if (item->stored != nullptr && same_scalar(*item->stored, *value)) {
+      if (item->node != item->stored) detach(store, item->node);
+      item->stored->dead = false;
+      item->node = item->stored;
+      item->changed = kClean;
+      return true;
+    }
     detach(store, item->node);
     item->node = value;
     item->changed = seen;

@@ -8,6 +8,7 @@
 #include <twconfig/transfer.h>
 
 #include "base64.hpp"
+#include "calls.hpp"
 #include "store.hpp"
 #include "utf8.hpp"
 
@@ -170,7 +171,7 @@ class Exporter {
 
 int cfg_export(cfg *store, cfg_export_sink sink, void *context) noexcept {
   using namespace twcfg;
-  if (store == nullptr || sink == nullptr) return 0;
+  if (!given(store, sink)) return 0;
   return guarded(store, 0, [&] {
     if (!store->reading()) return 0;
     Exporter exporter(*store, sink, context);

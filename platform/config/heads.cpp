@@ -93,11 +93,10 @@ void rebind(Head &head) {
       }
     }
   }
+  // Whatever hangs on this head as its record has to look again, also when the head is no record any more.
+  if (record == &head || head.record == &head) ++head.own_epoch;
   head.record = record;
-  if (record == &head) {
-    ++head.own_epoch;
-    head.generation = store.generation;
-  }
+  head.generation = store.generation;
   head.epoch = record->own_epoch;
   // An absence in a damaged store is not to be believed.
   if (head.kind == CFG_NONE) {
@@ -223,6 +222,23 @@ std::uint32_t distant_of(const Head &list) {
   return list.node != nullptr ? as_list(list.node)->distant : distant_list(list.stored);
 }
 
+namespace {
+
+// Whether a new element hangs on something that is still there: on nothing at all, on an opened record or on
+// the changes to a distant list. What was removed further up is only seen from there.
+bool anchored(const Node &node) {
+  const Node *top = &node;
+  while (top->parent != nullptr) top = top->parent;
+  if (top->born || top->head == nullptr) return true;
+  const Head *head = bound(top->head);
+  if (head == nullptr) return false;
+  if (head->node == top) return true;
+  return head->kind == CFG_LIST && top->kind == CFG_LIST &&
+         distant_of(*head) == static_cast<const ListNode *>(top)->distant;
+}
+
+}  // namespace
+
 bool in_place(const RecordEdit &record) {
   const Head *head = bound(record.head);
   return head != nullptr && head->node == record.root;
@@ -247,7 +263,7 @@ Head *bound(Head *head) {
           head->key != nullptr ? child_of(holder, head->key->text) : entry_of(holder, head->number);
       return head->forward;
     }
-    return head->node != nullptr && !head->node->dead ? head : nullptr;
+    return head->node != nullptr && !head->node->dead && anchored(*head->node) ? head : nullptr;
   }
   if (head->record->generation != store.generation || !store.in_own_process()) {
     if (!store.reading()) return nullptr;

@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "base64.hpp"
+#include "calls.hpp"
 #include "packer.hpp"
 #include "store.hpp"
 #include "utf8.hpp"
@@ -120,7 +121,7 @@ class Importer {
       Node *node = element(child, false, depth + 1);
       node->parent = map;
       node->key = store_.names.intern(key);
-      map->items.push_back({node->key, node, false, 0});
+      map->items.push_back({node->key, node, nullptr, 0});
       where_.resize(length);
     }
     json_object_foreach(const_cast<json_t *>(retired), name, child) {
@@ -276,7 +277,7 @@ bool take_over(Store &store, std::unique_ptr<Edit> edit, MapNode *imported) {
 
 int cfg_import(cfg *store, cfg_import_source source, void *context) noexcept {
   using namespace twcfg;
-  if (store == nullptr || source == nullptr) return 0;
+  if (!given(store, source)) return 0;
   return guarded(store, 0, [&] {
     if (!store->writing()) return 0;
     json_error_t error{};

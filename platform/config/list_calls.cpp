@@ -21,7 +21,7 @@ ListNode *in_memory(Head *list) {
 }
 
 int append(cfg *store, cfg_elem *list, cfg_elem *elem, bool pending) {
-  if (store == nullptr || list == nullptr || elem == nullptr) return 0;
+  if (!given(store, list, elem)) return 0;
   return guarded(store, 0, [&] {
     Head *head = checked(store, list, CFG_LIST);
     Head *entry = checked(store, elem);
@@ -34,7 +34,7 @@ int append(cfg *store, cfg_elem *list, cfg_elem *elem, bool pending) {
 }  // namespace
 
 int cfg_list_size(cfg_elem *list, int32_t *size) noexcept {
-  if (list == nullptr || size == nullptr) return 0;
+  if (!given(store_of(list), size)) return 0;
   Store *store = Head::of(list)->store;
   return guarded(store, 0, [&] {
     Head *head = checked_list(list);
@@ -51,7 +51,7 @@ int cfg_list_size(cfg_elem *list, int32_t *size) noexcept {
 }
 
 int cfg_list_future_size(cfg_elem *list, int32_t *size) noexcept {
-  if (list == nullptr || size == nullptr) return 0;
+  if (!given(store_of(list), size)) return 0;
   return guarded(Head::of(list)->store, 0, [&] {
     Head *head = checked_list(list);
     if (head == nullptr) return 0;
@@ -80,7 +80,7 @@ int cfg_append_future_listelem(cfg *store, cfg_elem *list, cfg_elem *elem) noexc
 }
 
 cfg_elem *cfg_set_list(cfg *store, cfg_elem *list) noexcept {
-  if (store == nullptr || list == nullptr) return nullptr;
+  if (!given(store, list)) return nullptr;
   return guarded(store, static_cast<cfg_elem *>(nullptr), [&]() -> cfg_elem * {
     Head *head = checked(store, list, CFG_LIST);
     return head != nullptr && clear_list(head) ? head->elem() : nullptr;

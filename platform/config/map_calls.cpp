@@ -18,7 +18,7 @@ bool get(cfg *store, cfg_elem *map, const char *key, cfg_kind kind, cfg_value &v
 }
 
 int get_bytes(cfg *store, cfg_elem *map, const char *key, cfg_kind kind, char **out, std::size_t *length) {
-  if (store == nullptr || map == nullptr || key == nullptr || out == nullptr) return 0;
+  if (!given(store, map, key, out)) return 0;
   return guarded(store, 0, [&] {
     cfg_value value;
     if (!get(store, map, key, kind, value) || copy_out(store, value, out) == 0) return 0;
@@ -28,7 +28,7 @@ int get_bytes(cfg *store, cfg_elem *map, const char *key, cfg_kind kind, char **
 }
 
 int get_number(cfg *store, cfg_elem *map, const char *key, cfg_kind kind, std::int32_t *out) {
-  if (store == nullptr || map == nullptr || key == nullptr || out == nullptr) return 0;
+  if (!given(store, map, key, out)) return 0;
   return guarded(store, 0, [&] {
     cfg_value value;
     if (!get(store, map, key, kind, value)) return 0;
@@ -39,7 +39,7 @@ int get_number(cfg *store, cfg_elem *map, const char *key, cfg_kind kind, std::i
 
 int set(cfg *store, cfg_elem *map, const char *key, cfg_kind kind, std::string_view data,
         std::int32_t number) {
-  if (store == nullptr || map == nullptr || key == nullptr) return 0;
+  if (!given(store, map, key)) return 0;
   return guarded(store, 0, [&] {
     Head *head = checked(store, map, CFG_MAP);
     if (head == nullptr || !store->writing()) return 0;
@@ -83,7 +83,7 @@ int cfg_map_get_reference(cfg *store, cfg_elem *map, const char *key, char **id)
 }
 
 int cfg_map_set_string(cfg *store, cfg_elem *map, const char *key, const char *value) noexcept {
-  return value == nullptr ? 0 : set(store, map, key, CFG_STRING, value, 0);
+  return given(store, value) ? set(store, map, key, CFG_STRING, value, 0) : 0;
 }
 
 int cfg_map_set_int(cfg *store, cfg_elem *map, const char *key, int32_t value) noexcept {
@@ -95,16 +95,16 @@ int cfg_map_set_bool(cfg *store, cfg_elem *map, const char *key, int32_t value) 
 }
 
 int cfg_map_set_blob(cfg *store, cfg_elem *map, const char *key, const void *data, size_t length) noexcept {
-  if (data == nullptr) return 0;
+  if (!given(store, data)) return 0;
   return set(store, map, key, CFG_BLOB, {static_cast<const char *>(data), length}, 0);
 }
 
 int cfg_map_set_reference(cfg *store, cfg_elem *map, const char *key, const char *id) noexcept {
-  return id == nullptr ? 0 : set(store, map, key, CFG_REFERENCE, id, 0);
+  return given(store, id) ? set(store, map, key, CFG_REFERENCE, id, 0) : 0;
 }
 
 int cfg_map_delete_key(cfg *store, cfg_elem *map, const char *key) noexcept {
-  if (store == nullptr || map == nullptr || key == nullptr) return 0;
+  if (!given(store, map, key)) return 0;
   return guarded(store, 0, [&] {
     Head *head = checked(store, map, CFG_MAP);
     if (head == nullptr || !store->writing()) return 0;
@@ -114,7 +114,7 @@ int cfg_map_delete_key(cfg *store, cfg_elem *map, const char *key) noexcept {
 }
 
 int cfg_map_keys(cfg_elem *map, char ***keys, int32_t *count) noexcept {
-  if (map == nullptr || count == nullptr) return 0;
+  if (!given(store_of(map), count)) return 0;
   Store *store = Head::of(map)->store;
   return guarded(store, 0, [&] {
     Head *head = checked(store, map, CFG_MAP);
@@ -149,7 +149,7 @@ int cfg_map_keys(cfg_elem *map, char ***keys, int32_t *count) noexcept {
 }
 
 int cfg_add_mapelem(cfg *store, cfg_elem *map, const char *key, cfg_elem *elem) noexcept {
-  if (store == nullptr || map == nullptr || key == nullptr || elem == nullptr) return 0;
+  if (!given(store, map, key, elem)) return 0;
   return guarded(store, 0, [&] {
     Head *head = checked(store, map, CFG_MAP);
     Head *child = checked(store, elem);

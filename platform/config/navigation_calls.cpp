@@ -29,7 +29,7 @@ cfg_elem *cfg_get_by_path(cfg *store, const char *path) noexcept {
 }
 
 cfg_elem *cfg_get_child_by_path(cfg *store, cfg_elem *elem, const char *path) noexcept {
-  if (store == nullptr || path == nullptr) return nullptr;
+  if (!given(store, path)) return nullptr;
   return guarded(store, static_cast<cfg_elem *>(nullptr), [&]() -> cfg_elem * {
     Head *head = checked(store, elem);
     if (head == nullptr) return nullptr;
@@ -39,7 +39,7 @@ cfg_elem *cfg_get_child_by_path(cfg *store, cfg_elem *elem, const char *path) no
 }
 
 cfg_elem *cfg_get_by_id(cfg *store, const char *id) noexcept {
-  if (store == nullptr || id == nullptr) return nullptr;
+  if (!given(store, id)) return nullptr;
   return guarded(store, static_cast<cfg_elem *>(nullptr), [&]() -> cfg_elem * {
     if (!store->reading()) return nullptr;
     Head *found = head_by_id(*store, id);
@@ -48,7 +48,7 @@ cfg_elem *cfg_get_by_id(cfg *store, const char *id) noexcept {
 }
 
 cfg_elem **cfg_get_by_ids(cfg *store, const char *const *ids, int32_t count) noexcept {
-  if (store == nullptr || ids == nullptr || count < 0) return nullptr;
+  if (!given(store, ids) || count < 0) return nullptr;
   return guarded(store, static_cast<cfg_elem **>(nullptr), [&]() -> cfg_elem ** {
     if (!store->reading()) return nullptr;
     auto **elems =
@@ -68,7 +68,7 @@ cfg_elem **cfg_get_by_ids(cfg *store, const char *const *ids, int32_t count) noe
 }
 
 int cfg_elem_uuid(cfg_elem *elem, char **id) noexcept {
-  if (elem == nullptr || id == nullptr) return 0;
+  if (!given(store_of(elem), id)) return 0;
   Store *store = Head::of(elem)->store;
   return guarded(store, 0, [&] {
     Head *head = bound(elem);
@@ -82,7 +82,7 @@ int cfg_elem_uuid(cfg_elem *elem, char **id) noexcept {
 }
 
 cfg_elem *cfg_get_parent_elem(cfg *store, cfg_elem *elem) noexcept {
-  if (store == nullptr || elem == nullptr) return nullptr;
+  if (!given(store, elem)) return nullptr;
   return guarded(store, static_cast<cfg_elem *>(nullptr), [&]() -> cfg_elem * {
     Head *head = checked(store, elem);
     return head == nullptr || head->result != nullptr ? nullptr : elem_of(holder_of(head));
@@ -95,7 +95,7 @@ const char *cfg_get_mapelem(cfg_elem *map, const char *key) noexcept {
 }
 
 cfg_elem *cfg_simple_get_mapelem(cfg *store, cfg_elem *map, const char *key) noexcept {
-  if (store == nullptr || key == nullptr) return nullptr;
+  if (!given(store, key)) return nullptr;
   return guarded(store, static_cast<cfg_elem *>(nullptr), [&]() -> cfg_elem * {
     Head *head = checked(store, map);
     return head == nullptr || head->kind != CFG_MAP ? nullptr : elem_of(child_of(head, key));

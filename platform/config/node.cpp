@@ -127,7 +127,7 @@ Node *Unpacker::map(const Packed &stored, Owner *owner, int depth) {
     if (child == nullptr) return nullptr;
     child->parent = result;
     child->key = names_.intern(key);
-    result->items.push_back({child->key, child, true});
+    result->items.push_back({child->key, child, child});
   }
   return result;
 }

@@ -40,7 +40,7 @@ struct ScalarNode : Node {
 struct MapItem {
   const KeyName *key;
   Node *node;                      // NULL: deleted in this edit
-  bool stored;                     // the key is in the stored record
+  Node *stored;                    // as unpacked from the record; NULL for a new key
   std::uint64_t changed = kClean;  // revision seen by whoever set or deleted the key
 };
 

@@ -104,7 +104,7 @@ bool sound(const cfg_keyset *set) { return set != nullptr && set->keys != nullpt
 }  // namespace
 
 int cfg_map_read(cfg_elem *map, const cfg_keyset *set, cfg_value *values) noexcept {
-  if (map == nullptr || !sound(set) || values == nullptr) return 0;
+  if (!given(store_of(map), values) || !sound(set)) return 0;
   Store *store = Head::of(map)->store;
   return guarded(store, 0, [&] {
     Head *head = bound(map);
@@ -115,7 +115,7 @@ int cfg_map_read(cfg_elem *map, const cfg_keyset *set, cfg_value *values) noexce
 }
 
 int cfg_map_has(cfg_elem *map, const char *key) noexcept {
-  if (map == nullptr || key == nullptr) return 0;
+  if (!given(store_of(map), key)) return 0;
   return guarded(Head::of(map)->store, 0, [&] {
     Head *head = bound(map);
     return head != nullptr && head->kind == CFG_MAP && find_key(head, key) ? 1 : 0;
@@ -123,7 +123,7 @@ int cfg_map_has(cfg_elem *map, const char *key) noexcept {
 }
 
 int cfg_elem_read(cfg_elem *elem, cfg_value *value) noexcept {
-  if (elem == nullptr || value == nullptr) return 0;
+  if (!given(store_of(elem), value)) return 0;
   return guarded(Head::of(elem)->store, 0, [&] {
     Head *head = bound(elem);
     if (head == nullptr) return 0;
@@ -134,7 +134,7 @@ int cfg_elem_read(cfg_elem *elem, cfg_value *value) noexcept {
 }
 
 int cfg_list_scan(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor visit, void *context) noexcept {
-  if (list == nullptr || !sound(set) || visit == nullptr) return 0;
+  if (!given(store_of(list), visit) || !sound(set)) return 0;
   Store *store = Head::of(list)->store;
   return guarded(store, 0, [&] {
     Head *head = checked_list(store, list);
@@ -146,7 +146,7 @@ int cfg_list_scan(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor visit,
 
 cfg_elem *cfg_list_find(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor visit,
                         void *context) noexcept {
-  if (list == nullptr || !sound(set) || visit == nullptr) return nullptr;
+  if (!given(store_of(list), visit) || !sound(set)) return nullptr;
   Store *store = Head::of(list)->store;
   return guarded(store, static_cast<cfg_elem *>(nullptr), [&]() -> cfg_elem * {
     Head *head = checked_list(store, list);

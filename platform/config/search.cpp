@@ -1,4 +1,5 @@
 // Searching a collection.
+#include "calls.hpp"
 #include "change_walk.hpp"
 #include "commit_log.hpp"
 #include "condition.hpp"
@@ -149,7 +150,7 @@ Head *search(Store &store, const char *collection, const cfg_condition &conditio
 
 cfg_elem *cfg_search(cfg *store, const char *collection, const cfg_condition *condition) noexcept {
   using namespace twcfg;
-  if (store == nullptr || collection == nullptr || condition == nullptr) return nullptr;
+  if (!given(store, collection, condition)) return nullptr;
   return guarded(store, static_cast<cfg_elem *>(nullptr), [&]() -> cfg_elem * {
     if (!store->reading()) return nullptr;
     Head *head = search(*store, collection, *condition);

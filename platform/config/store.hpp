@@ -100,6 +100,8 @@ struct cfg {
   std::unique_ptr<twcfg::Edit> edit;
   twcfg::MessageList messages;
 
+  std::uint64_t committed = 0;  // revision of the last commit made through this handle
+
   cfg_code error = CFG_OK;
   std::string error_text;
 

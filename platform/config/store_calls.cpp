@@ -1,11 +1,14 @@
 // The C functions of a handle's life: open, close, errors, status.
 #include <sys/random.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
 
 #include "calls.hpp"
+#include "commit_log.hpp"
 
 using namespace twcfg;
 
@@ -50,6 +53,27 @@ cfg *open_handle(cfg_failure *out, bool read_only, Open &&open_engine) noexcept 
   }
   report(out, failure);
   return nullptr;
+}
+
+// How long another process has held its snapshot cannot be seen from here, but the log tells since when the
+// snapshot is out of date, which is what keeps old pages in use.
+void fill_ages(Store &store, cfg_status_info &info) {
+  Failure failure;
+  const auto newest = store.engine->snapshot(failure);
+  if (newest == nullptr) return;
+  const auto now = std::chrono::duration_cast<std::chrono::milliseconds>(
+      std::chrono::system_clock::now().time_since_epoch());
+  for (std::size_t i = 0; i < std::min<std::size_t>(info.reader_count, std::size(info.readers)); ++i) {
+    cfg_reader_info &reader = info.readers[i];
+    if (reader.age_ms >= 0) continue;
+    LoggedCommit next;
+    if (reader.revision >= newest->revision()) {
+      reader.age_ms = 0;
+    } else if (reader.revision + 1 >= newest->oldest_log() &&
+               decode_commit(newest->log(reader.revision + 1), next)) {
+      reader.age_ms = std::max<std::int64_t>(0, now.count() - next.time_ms);
+    }
+  }
 }
 
 }  // namespace
@@ -155,18 +179,19 @@ cfg_advice cfg_code_advice(cfg_code code) noexcept {
 }
 
 int cfg_status(cfg *store, cfg_status_info *out) noexcept {
-  if (store == nullptr || out == nullptr) return 0;
+  if (!given(store, out)) return 0;
   return guarded(store, 0, [&] {
     if (!store->in_own_process()) return 0;
     cfg_status_info info{};
     if (const Failure failure = store->engine->status(info)) return store->fail(failure);
+    fill_ages(*store, info);
     *out = info;
     return 1;
   });
 }
 
 int cfg_compact(cfg *store, const char *path) noexcept {
-  if (store == nullptr || path == nullptr || *path == '\0') return 0;
+  if (!given(store, path) || *path == '\0') return 0;
   return guarded(store, 0, [&] {
     if (!store->in_own_process()) return 0;
     const Failure failure = store->engine->compact(path);

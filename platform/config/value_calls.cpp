@@ -39,7 +39,7 @@ bool value_as(cfg_elem *elem, cfg_kind kind, cfg_value &value) {
 }
 
 int bytes_as(cfg_elem *elem, cfg_kind kind, char **out, std::size_t *length) {
-  if (elem == nullptr || out == nullptr) return 0;
+  if (!given(store_of(elem), out)) return 0;
   Store *store = Head::of(elem)->store;
   return guarded(store, 0, [&] {
     cfg_value value;
@@ -50,7 +50,7 @@ int bytes_as(cfg_elem *elem, cfg_kind kind, char **out, std::size_t *length) {
 }
 
 int number_as(cfg_elem *elem, cfg_kind kind, std::int32_t *out) {
-  if (elem == nullptr || out == nullptr) return 0;
+  if (!given(store_of(elem), out)) return 0;
   return guarded(Head::of(elem)->store, 0, [&] {
     cfg_value value;
     if (!value_as(elem, kind, value)) return 0;
@@ -70,26 +70,26 @@ cfg_elem *cfg_new_list(cfg *store) noexcept {
 }
 
 cfg_elem *cfg_new_string(cfg *store, const char *value) noexcept {
-  if (value == nullptr || ::strnlen(value, kMaxValue + 1) > kMaxValue) return nullptr;
+  if (!given(store, value) || ::strnlen(value, kMaxValue + 1) > kMaxValue) return nullptr;
   return made(store, [&](Nodes &nodes) { return nodes.scalar(CFG_STRING, value, 0); });
 }
 
 cfg_elem *cfg_new_reference(cfg *store, const char *id) noexcept {
-  if (id == nullptr || ::strnlen(id, kMaxId + 1) > kMaxId) return nullptr;
+  if (!given(store, id) || ::strnlen(id, kMaxId + 1) > kMaxId) return nullptr;
   return made(store, [&](Nodes &nodes) { return nodes.scalar(CFG_REFERENCE, id, 0); });
 }
 
 int cfg_set_string(cfg *store, cfg_elem *elem, const char *value) noexcept {
-  return store == nullptr || value == nullptr ? 0 : set_value(store, elem, CFG_STRING, value);
+  return given(store, elem, value) ? set_value(store, elem, CFG_STRING, value) : 0;
 }
 
 int cfg_set_blob(cfg *store, cfg_elem *elem, const void *data, size_t length) noexcept {
-  if (store == nullptr || data == nullptr) return 0;
+  if (!given(store, data)) return 0;
   return set_value(store, elem, CFG_BLOB, {static_cast<const char *>(data), length});
 }
 
 int cfg_set_reference(cfg *store, cfg_elem *elem, const char *id) noexcept {
-  return store == nullptr || id == nullptr ? 0 : set_value(store, elem, CFG_REFERENCE, id);
+  return given(store, elem, id) ? set_value(store, elem, CFG_REFERENCE, id) : 0;
 }
 
 int cfg_delete_element(cfg *store, cfg_elem *elem) noexcept {

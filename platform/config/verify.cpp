@@ -16,6 +16,8 @@ class Verifier {
     const Failure failure = store_.engine->verify(
         [&](const std::string &where, const std::string &what) { problem(where, what.c_str()); });
     if (failure) problem("engine", failure.text.c_str());
+    // Reading on through damaged pages could end the process.
+    if (problems_ > 0 || !store_.reading()) return false;
     const Stored root = store_.snapshot->get(kRootKey);
     if (root) record(".", root.bytes);
     // Lists are checked as they are found, so that what cannot be reached from the root stands out.
@@ -109,7 +111,7 @@ int cfg_verify(cfg *store, cfg_problem_visitor visit, void *context) noexcept {
   using namespace twcfg;
   if (store == nullptr) return 0;
   return guarded(store, 0, [&] {
-    if (!store->reading()) return 0;
+    if (!store->in_own_process()) return 0;
     if (Verifier(*store, visit, context).run()) return 1;
     return store->fail(CFG_E_CORRUPT, "the store is damaged");
   });

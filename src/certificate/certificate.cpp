@@ -22,9 +22,9 @@ constexpr tw::store_list issued({certificate, private_key, common_name});
 constexpr tw::store_list state({revoke_time});
 
 constexpr tw::named_list lists[] = {
-    {"certificate load", everything, false},
-    {"certificate save, new record", issued, true},
-    {"certificate save, every record", state, true},
+    {"certificate load", everything},
+    {"certificate save, new record", issued},
+    {"certificate save, every record", state},
 };
 
 // The block comes from calloc() because its last owner may give it back with free().

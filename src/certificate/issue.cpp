@@ -37,33 +37,35 @@ int cfg_certificate_generate(cfg_certificate *record) noexcept {
 
   const tw::bio_ptr key_pem = tw::new_buffer();
   if (!key_pem) {
-    CERTIFICATE_LOG(LOG_ERR, "Could not allocate PEM bio");
+    CERTIFICATE_LOG_AS("build_pkey", LOG_ERR, "Could not allocate PEM bio");
     return 0;
   }
-  CERTIFICATE_LOG(LOG_DEBUG, "Building key PEM");
+  CERTIFICATE_LOG_AS("build_pkey", LOG_DEBUG, "Building key PEM");
   if (!tw::build_pkey(key_pem.get())) {
-    CERTIFICATE_LOG(LOG_ERR, "Failed to build new key PEM");
+    CERTIFICATE_LOG_AS("build_pkey", LOG_ERR, "Failed to build new key PEM");
     return 0;
   }
-  CERTIFICATE_LOG(LOG_DEBUG, "Successfully built new key PEM");
+  CERTIFICATE_LOG_AS("build_pkey", LOG_DEBUG, "Successfully built new key PEM");
   const tw::bytes key = tw::content_of(key_pem.get());
   if (!record->private_key.assign(key.data, key.length)) {
-    CERTIFICATE_LOG(LOG_ERR, "Failed to store new key PEM: %s", cfg_get_first_message_string(store));
+    CERTIFICATE_LOG_AS("build_pkey", LOG_ERR, "Failed to store new key PEM: %s",
+                       cfg_get_first_message_string(store));
     return 0;
   }
 
-  CERTIFICATE_LOG(LOG_DEBUG, "Building X509 CSR");
+  CERTIFICATE_LOG_AS("build_csr", LOG_DEBUG, "Building X509 CSR");
   const tw::bio_ptr request_pem = tw::build_csr(key_pem.get(), record->common_name.c_str());
   if (!request_pem) {
-    CERTIFICATE_LOG(LOG_ERR, "Failed to build CSR");
+    CERTIFICATE_LOG_AS("build_csr", LOG_ERR, "Failed to build CSR");
     return 0;
   }
-  CERTIFICATE_LOG(LOG_DEBUG, "Successfully built X509 CSR");
+  CERTIFICATE_LOG_AS("build_csr", LOG_DEBUG, "Successfully built X509 CSR");
 
   cfg_elem *key_elem = cfg_get_by_path(store, "services.ca.key");
   cfg_elem *certificate_elem = cfg_get_by_path(store, "services.ca.certificate");
   cfg_elem *serial_elem = cfg_get_by_path(store, "services.ca.serial");
   if (!key_elem || !certificate_elem || !serial_elem) {
+    // The line break belongs to the message.
     CERTIFICATE_LOG(LOG_ERR, "Could not get CA blob elements: %s\n", cfg_get_first_message_string(store));
     return 0;
   }

@@ -59,9 +59,11 @@ struct openssl_error {
   const char *text() const noexcept { return chars.data(); }
 };
 
-// Each phase of issuing logs under its own function's name.
-#define CERTIFICATE_LOG(priority, ...) \
-  twlog_log_prio_codepos("src/certificate", __func__, __LINE__, priority, __VA_ARGS__)
+// Each phase of issuing logs under its own name, also where the line stands outside the phase's function:
+// those who read the journal follow a phase by it.
+#define CERTIFICATE_LOG_AS(phase, priority, ...) \
+  twlog_log_prio_codepos("src/certificate", phase, __LINE__, priority, __VA_ARGS__)
+#define CERTIFICATE_LOG(priority, ...) CERTIFICATE_LOG_AS(__func__, priority, __VA_ARGS__)
 
 }  // namespace tw
 

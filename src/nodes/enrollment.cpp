@@ -1,17 +1,14 @@
 // Enrollment settings: making, freeing, getters and setters. enrollment_store.cpp loads and saves them.
 #include "nodes/enrollment.hpp"
 
-#include <new>
-
 #include "nodes/package_password.hpp"
 #include "record/boundary.hpp"
 
 using tw::guarded;
 
 cfg_enrollment *cfg_enrollment_new(cfg *store, const char *product) noexcept {
-  std::unique_ptr<cfg_enrollment> record(new (std::nothrow) cfg_enrollment);
+  auto record = tw::new_view<cfg_enrollment>(store);
   if (!record || !record->status.set("Pending") || !record->product.set(product)) return nullptr;
-  record->cfg = store;
   if (tw::kind_of(record->product) == tw::product_kind::tarnwell &&
       !tw::make_package_password(record->package_password, std::time(nullptr)))
     return nullptr;
@@ -91,8 +88,8 @@ const char *cfg_enrollment_get_password(const cfg_enrollment *enrollment) noexce
 }
 int cfg_enrollment_set_credentials(cfg_enrollment *enrollment, const char *username,
                                    const char *password) noexcept {
-  const int user = tw::replace<&cfg_enrollment::username>(enrollment, username);
-  return tw::replace<&cfg_enrollment::password>(enrollment, password) && user;
+  return tw::replace_both<&cfg_enrollment::username, &cfg_enrollment::password>(enrollment, username,
+                                                                                password);
 }
 
 uint32_t cfg_enrollment_get_base_port(const cfg_enrollment *enrollment) noexcept {

@@ -8,14 +8,8 @@ namespace {
 
 using enrollment = cfg_enrollment;
 
-bool load_certificate(void *record, const cfg_value &reference) {
-  auto *self = static_cast<enrollment *>(record);
-  self->certificate.reset(cfg_get_certificate_by_id(self->cfg, reference.data));
-  return true;
-}
-
-constexpr auto certificate =
-    tw::hook_row<enrollment>("cert", CFG_REFERENCE, load_certificate, "load_certificate");
+constexpr auto certificate = tw::hook_row<enrollment>(
+    "cert", CFG_REFERENCE, tw::load_certificate<&enrollment::certificate>, "load_certificate");
 constexpr auto name = tw::string_row<&enrollment::name>("name");
 constexpr auto product = tw::string_row<&enrollment::product>("product");
 constexpr auto status = tw::string_row<&enrollment::status>("status");
@@ -45,16 +39,16 @@ constexpr tw::store_list save_generic_login({username, password});
 constexpr tw::store_list save_generic_ports({port_count, base_port});
 
 constexpr tw::named_list lists[] = {
-    {"enrollment load, every product", load_common, false},
-    {"enrollment load, tarnwell", load_tarnwell, false},
-    {"enrollment load, credential", load_credential, false},
-    {"enrollment load, generic", load_generic, false},
-    {"enrollment save, every product", save_common, true},
-    {"enrollment save, tarnwell", save_tarnwell, true},
-    {"enrollment save, credential", save_credential, true},
-    {"enrollment save, generic", save_generic, true},
-    {"enrollment save, generic reached by ssh", save_generic_login, true},
-    {"enrollment save, generic, ports", save_generic_ports, true},
+    {"enrollment load, every product", load_common},
+    {"enrollment load, tarnwell", load_tarnwell},
+    {"enrollment load, credential", load_credential},
+    {"enrollment load, generic", load_generic},
+    {"enrollment save, every product", save_common},
+    {"enrollment save, tarnwell", save_tarnwell},
+    {"enrollment save, credential", save_credential},
+    {"enrollment save, generic", save_generic},
+    {"enrollment save, generic reached by ssh", save_generic_login},
+    {"enrollment save, generic, ports", save_generic_ports},
 };
 
 // A "tarnwell" node can only be enrolled by an appliance that has a CA certificate to give it. A certificate
@@ -110,13 +104,13 @@ const tw::tables tw::enrollment_tables = lists;
 cfg_enrollment *cfg_enrollment_get_by_id(cfg *store, const char *id) noexcept {
   cfg_elem *elem = cfg_get_by_id(store, id);
   if (!elem) return nullptr;
-  return tw::guarded([&]() -> cfg_enrollment * {
-    auto record = std::make_unique<cfg_enrollment>();
-    record->cfg = store;
-    if (!record->uuid.set(id) || !tw::load(load_common, *record, elem) || !load_kind(*record, elem))
-      return nullptr;
-    return record.release();
-  });
+  auto record = tw::new_view<cfg_enrollment>(store);
+  // The ID is kept as it was given, a provisional one too, until cfg_enrollment_get_uuid() looks it up anew:
+  // a save before that still names a "tarnwell" node "tempname".
+  if (!record || !record->uuid.set(id)) return nullptr;
+  const bool loaded =
+      tw::guarded([&] { return tw::load(load_common, *record, elem) && load_kind(*record, elem); });
+  return loaded ? record.release() : nullptr;
 }
 
 int cfg_enrollment_save(cfg_enrollment *enrollment) noexcept {

@@ -12,7 +12,7 @@ constexpr tw::load_list etag_keys({
     lenient(tw::string_row<&cfg_etag::status>("status")),
 });
 
-constexpr tw::named_list lists[] = {{"etag load", etag_keys, false}};
+constexpr tw::named_list lists[] = {{"etag load", etag_keys}};
 
 // The node's etags. "None" is not remembered: a node without etags is asked again at each query, so that a
 // record which is kept for long sees the etags that the node's first report brings.

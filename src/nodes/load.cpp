@@ -1,6 +1,4 @@
 // Loading a node whole, by element, by ID, by index and several at once.
-#include <new>
-
 #include "nodes/node.hpp"
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
@@ -10,11 +8,10 @@ namespace {
 
 using node = cfg_node;
 
-// The certificate is resolved on the spot. One that cannot be loaded leaves the node without certificate.
+// Only "tarnwell" nodes hold a certificate; the product stands above it in the list.
 bool load_certificate(void *record, const cfg_value &reference) {
-  auto *self = static_cast<node *>(record);
-  self->certificate.reset(cfg_get_certificate_by_id(self->cfg, reference.data));
-  return true;
+  if (tw::kind_of(static_cast<node *>(record)->product) != tw::product_kind::tarnwell) return true;
+  return tw::load_certificate<&node::certificate>(record, reference);
 }
 
 // Of an optional key only a value of the right kind counts: "name" and "status" alone decide whether a node
@@ -31,22 +28,22 @@ constexpr tw::load_list common({
     lenient(tw::string_row<&node::model>("model")),
     lenient(tw::string_row<&node::serial_number>("serial_number")),
     lenient(tw::bool_row<&node::approved>("approved")),
-});
-
-constexpr tw::load_list tarnwell({
     lenient(tw::hook_row<node>("cert", CFG_REFERENCE, load_certificate, "load_certificate")),
 });
+
 constexpr tw::load_list tarnwell_ssh({
     lenient(tw::int_row<&node::ssh_port>("port")),
 });
 
-constexpr tw::load_list credentials({
-    lenient(tw::string_row<&node::address>("address")),
-    lenient(tw::string_row<&node::username>("username")),
-    lenient(tw::string_row<&node::password>("password")),
-});
+constexpr auto address = lenient(tw::string_row<&node::address>("address"));
+constexpr auto username = lenient(tw::string_row<&node::username>("username"));
+constexpr auto password = lenient(tw::string_row<&node::password>("password"));
 
+constexpr tw::load_list credential({address, username, password});
 constexpr tw::load_list generic({
+    address,
+    username,
+    password,
     lenient(tw::string_row<&node::connection_method>("connection_method")),
     lenient(tw::int_row<&node::port_label_count>("port_count")),
     lenient(tw::int_row<&node::base_port>("base_port")),
@@ -55,13 +52,13 @@ constexpr tw::load_list generic({
 bool load_kind(node &record, cfg_elem *elem) {
   switch (tw::kind_of(record.product)) {
     case tw::product_kind::tarnwell:
-      if (!tw::load_etags(record, elem) || !tw::load(tarnwell, record, elem)) return false;
+      if (!tw::load_etags(record, elem)) return false;
       tw::load(tarnwell_ssh, record, cfg_simple_get_mapelem(record.cfg, elem, "ssh"));
       return true;
     case tw::product_kind::credential:
-      return tw::load(credentials, record, elem);
+      return tw::load(credential, record, elem);
     case tw::product_kind::generic:
-      return tw::load(credentials, record, elem) && tw::load(generic, record, elem) &&
+      return tw::load(generic, record, elem) &&
              record.port_labels.load(record.port_label_count, record.cfg,
                                      cfg_simple_get_mapelem(record.cfg, elem, "port_labels"));
     case tw::product_kind::other:
@@ -71,11 +68,10 @@ bool load_kind(node &record, cfg_elem *elem) {
 }
 
 constexpr tw::named_list lists[] = {
-    {"node load, every product", common, false},
-    {"node load, tarnwell", tarnwell, false},
-    {"node load, tarnwell, \"ssh\"", tarnwell_ssh, false},
-    {"node load, credential and generic", credentials, false},
-    {"node load, generic", generic, false},
+    {"node load, every product", common},
+    {"node load, tarnwell, \"ssh\"", tarnwell_ssh},
+    {"node load, credential", credential},
+    {"node load, generic", generic},
 };
 
 }  // namespace
@@ -83,14 +79,10 @@ constexpr tw::named_list lists[] = {
 const tw::tables tw::node_load_tables = lists;
 
 std::unique_ptr<cfg_node> tw::load_node(cfg *store, cfg_elem *elem) noexcept {
-  if (!elem) return nullptr;
-  return tw::guarded([&] {
-    auto record = std::make_unique<node>();
-    record->cfg = store;
-    const bool loaded =
-        tw::take_uuid(record->uuid, elem) && tw::load(common, *record, elem) && load_kind(*record, elem);
-    return loaded ? std::move(record) : nullptr;
-  });
+  auto record = new_view<node>(store, elem);
+  const bool loaded =
+      record && guarded([&] { return tw::load(common, *record, elem) && load_kind(*record, elem); });
+  return loaded ? std::move(record) : nullptr;
 }
 
 cfg_node *cfg_get_node_by_id(cfg *store, const char *id) noexcept {

@@ -1,8 +1,6 @@
 // The node record: making, freeing, getters and setters.
 #include "nodes/node.hpp"
 
-#include <new>
-
 #include "record/boundary.hpp"
 #include "record/helpers.hpp"
 
@@ -16,11 +14,7 @@ int set_text(cfg_node *node, const char *value) noexcept {
 
 }  // namespace
 
-cfg_node *cfg_new_node(cfg *store) noexcept {
-  auto *node = new (std::nothrow) cfg_node;
-  if (node) node->cfg = store;
-  return node;
-}
+cfg_node *cfg_new_node(cfg *store) noexcept { return tw::new_view<cfg_node>(store).release(); }
 
 void cfg_node_free(cfg_node *node) noexcept { delete node; }
 
@@ -128,8 +122,7 @@ const char *cfg_node_get_password(const cfg_node *node) noexcept {
   return tw::get<&cfg_node::password>(node);
 }
 int cfg_node_set_credentials(cfg_node *node, const char *username, const char *password) noexcept {
-  const int user = tw::replace<&cfg_node::username>(node, username);
-  return tw::replace<&cfg_node::password>(node, password) && user;
+  return tw::replace_both<&cfg_node::username, &cfg_node::password>(node, username, password);
 }
 
 uint32_t cfg_node_get_base_port(const cfg_node *node) noexcept { return tw::get<&cfg_node::base_port>(node); }

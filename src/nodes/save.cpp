@@ -28,10 +28,10 @@ constexpr tw::store_list last({
 });
 
 constexpr tw::named_list lists[] = {
-    {"node save, first", first, true},
-    {"node save, tarnwell", tarnwell, true},
-    {"node save, tarnwell, \"ssh\"", tarnwell_ssh, true},
-    {"node save, last", last, true},
+    {"node save, first", first},
+    {"node save, tarnwell", tarnwell},
+    {"node save, tarnwell, \"ssh\"", tarnwell_ssh},
+    {"node save, last", last},
 };
 
 bool store_tarnwell(const node &record, cfg_elem *elem) noexcept {

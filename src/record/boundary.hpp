@@ -3,8 +3,10 @@
 #define TW_RECORD_BOUNDARY_HPP
 
 #include <cstdint>
+#include <type_traits>
+#include <utility>
 
-#include "record/text.hpp"
+#include "record/helpers.hpp"
 
 namespace tw {
 
@@ -41,10 +43,24 @@ int set(Record *record, Value value) noexcept {
   return 1;
 }
 
-// The body of a string setter that always replaces: NULL and "" clear the field.
+// The body of a string setter: NULL and "" clear the field. The node family's setters answer differently
+// (set_string() in helpers.hpp).
 template <auto Member, class Record>
 int replace(Record *record, const char *value) noexcept {
-  return record && (record->*Member).set(value);
+  return record && _set_string(&(record->*Member), value);
+}
+
+// The body of a setter of two strings at once. Both are copied before either is let go of, so that they may
+// be given in exchange for one another.
+template <auto First, auto Second, class Record>
+int replace_both(Record *record, const char *first, const char *second) noexcept {
+  if (!record) return 0;
+  std::remove_reference_t<decltype(record->*First)> new_first;
+  std::remove_reference_t<decltype(record->*Second)> new_second;
+  if (!new_first.set(first) || !new_second.set(second)) return 0;
+  record->*First = std::move(new_first);
+  record->*Second = std::move(new_second);
+  return 1;
 }
 
 }  // namespace tw

@@ -17,7 +17,7 @@ bool load_all(const load_rows &list, void *record, cfg_elem *map) noexcept {
   return true;
 }
 
-bool store_all(const row_list &list, const void *record, cfg *store, cfg_elem *map) noexcept {
+bool store_all(const store_rows &list, const void *record, cfg *store, cfg_elem *map) noexcept {
   for (std::size_t i = 0; i < list.count; ++i) {
     const row_data &row = list.rows[i];
     if (!row.store(store, map, row.key, record)) return false;

@@ -8,7 +8,7 @@ namespace tw {
 
 // The untyped engine; use the templates below, which keep rows and records of one type together.
 bool load_all(const load_rows &list, void *record, cfg_elem *map) noexcept;
-bool store_all(const row_list &list, const void *record, cfg *store, cfg_elem *map) noexcept;
+bool store_all(const store_rows &list, const void *record, cfg *store, cfg_elem *map) noexcept;
 
 // Reads every key of the list from the map, in one pass, and gives it to its row in list order. False when
 // the map is none, a row's presence rule is broken or a row fails; the record is then half filled: free it.

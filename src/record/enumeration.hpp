@@ -2,17 +2,17 @@
 #ifndef TW_RECORD_ENUMERATION_HPP
 #define TW_RECORD_ENUMERATION_HPP
 
-#include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace tw {
 
+// Initialised by name: {.texts = media_texts, .any_case = true}.
 struct enumeration {
-  const char *const *texts;  // in the order of their values
-  std::size_t count;
-  std::int32_t first;    // value of texts[0]
-  std::int32_t unknown;  // what NULL and foreign text read as; it has no text
-  bool any_case;         // compare without regard to case
+  std::span<const char *const> texts;  // in the order of their values
+  std::int32_t first = 1;              // value of texts[0]
+  std::int32_t unknown = 0;            // what NULL and foreign text read as; it has no text
+  bool any_case = false;               // compare without regard to case
 
   // The text of a value; NULL for any value outside the table. Constant.
   const char *to_string(std::int32_t value) const noexcept;

@@ -12,7 +12,8 @@ namespace tw {
 
 // ---- Setting a string field: NULL and "" clear it, anything else is copied. 1, or 0 without memory. ----
 
-// The setter of the network families. Setting a field to the very pointer it holds changes nothing: 1.
+// The setter of all families but the node family. Setting a field to the very pointer it holds changes
+// nothing: 1.
 template <bool Wiped>
 int _set_string(basic_text<Wiped> *dest, const char *value) noexcept {
   TW_ASSERT(dest, "src/network");

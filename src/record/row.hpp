@@ -182,11 +182,13 @@ struct row_list {
   std::size_t count;
 };
 
-// A load list also keeps its keys side by side, at an address that the store remembers them by: always define
-// it as a constexpr variable at namespace scope.
+// A load list also keeps its keys side by side, at an address that the store remembers them by. Lists point
+// into themselves and are made by the compiler alone, so that none compiles that does not stand still: define
+// them as constexpr variables at namespace scope.
 struct load_rows : row_list {
   cfg_keyset keys;
 };
+struct store_rows : row_list {};
 
 inline constexpr std::size_t max_rows = 64;
 
@@ -196,7 +198,7 @@ struct load_list : load_rows {
   row_data rows_[N];
   const char *keys_[N];
 
-  constexpr explicit load_list(const row<Record> (&list)[N])
+  consteval explicit load_list(const row<Record> (&list)[N])
       : load_rows{{rows_, N}, {keys_, N}}, rows_{}, keys_{} {
     for (std::size_t i = 0; i < N; ++i) {
       rows_[i] = list[i];
@@ -208,11 +210,14 @@ struct load_list : load_rows {
 };
 
 template <class Record, std::size_t N>
-struct store_list : row_list {
+struct store_list : store_rows {
   row_data rows_[N];
 
-  constexpr explicit store_list(const row<Record> (&list)[N]) : row_list{rows_, N}, rows_{} {
-    for (std::size_t i = 0; i < N; ++i) rows_[i] = list[i];
+  consteval explicit store_list(const row<Record> (&list)[N]) : store_rows{{rows_, N}}, rows_{} {
+    for (std::size_t i = 0; i < N; ++i) {
+      if (!list[i].store) throw "a hook row is not written";
+      rows_[i] = list[i];
+    }
   }
   store_list(const store_list &) = delete;
   store_list &operator=(const store_list &) = delete;

@@ -14,6 +14,9 @@ struct named_list {
   const char *name;
   const row_list &list;
   bool stores;
+
+  constexpr named_list(const char *name_, const load_rows &rows) : name(name_), list(rows), stores(false) {}
+  constexpr named_list(const char *name_, const store_rows &rows) : name(name_), list(rows), stores(true) {}
 };
 using tables = std::span<const named_list>;
 
@@ -22,6 +25,10 @@ extern const tables enrollment_tables;
 extern const tables etag_tables;
 extern const tables node_load_tables;
 extern const tables node_save_tables;
+
+// All of them, in the order of the dump.
+inline constexpr const tables *all_tables[] = {&certificate_tables, &node_load_tables, &etag_tables,
+                                               &node_save_tables, &enrollment_tables};
 
 }  // namespace tw
 

@@ -2,6 +2,8 @@
 #ifndef TW_RECORD_TEXT_HPP
 #define TW_RECORD_TEXT_HPP
 
+#include <malloc.h>
+
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -10,7 +12,7 @@
 namespace tw {
 
 // A heap string or NULL. It never throws: an assignment that finds no memory answers false and leaves NULL.
-// A wiped one overwrites its bytes before it lets go of them.
+// A wiped one overwrites its whole block before it lets go of it.
 template <bool Wiped>
 class basic_text {
  public:
@@ -32,7 +34,7 @@ class basic_text {
   // Takes over a heap string without copying it.
   void adopt(char *chars) noexcept {
     if (chars_) {
-      if constexpr (Wiped) explicit_bzero(chars_, std::strlen(chars_));
+      if constexpr (Wiped) explicit_bzero(chars_, malloc_usable_size(chars_));
       std::free(chars_);
     }
     chars_ = chars;

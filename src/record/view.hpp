@@ -4,6 +4,9 @@
 
 #include <twconfig/element.h>
 
+#include <memory>
+#include <new>
+
 #include "record/text.hpp"
 
 namespace tw {
@@ -15,8 +18,25 @@ struct object_view {
   text uuid;
 };
 
+// A new, empty record that works on `store`, which may be NULL. NULL without memory.
+template <class Record>
+std::unique_ptr<Record> new_view(::cfg *store) noexcept {
+  std::unique_ptr<Record> view(new (std::nothrow) Record);
+  if (view) view->cfg = store;
+  return view;
+}
+
 // Makes `id` the element's present ID. False without memory or for an element that is gone.
 bool take_uuid(text &id, cfg_elem *elem) noexcept;
+
+// What every loader begins with: a new record that has the element's ID. NULL without an element or memory.
+template <class Record>
+std::unique_ptr<Record> new_view(::cfg *store, cfg_elem *elem) noexcept {
+  if (!elem) return nullptr;
+  std::unique_ptr<Record> view = new_view<Record>(store);
+  if (view && !take_uuid(view->uuid, elem)) return nullptr;
+  return view;
+}
 
 // The record's element, or NULL. IDs that a commit has replaced are still understood.
 inline cfg_elem *element_of(const object_view &view) noexcept {

@@ -55,10 +55,12 @@ TEST(Setter, OfAnIntegerKeepsEveryValue) {
   EXPECT_EQ(-5, s.count);
 }
 
-TEST(Setter, ThatReplacesTakesTheFieldsOwnPointer) {
+TEST(Setter, OfAStringKeepsThePointerThatTheFieldHoldsAndAnswersOne) {
   sample s;
   ASSERT_TRUE(s.password.set("pw"));
-  EXPECT_EQ(1, tw::replace<&sample::password>(&s, s.password.c_str()));
+  const char *held = s.password.c_str();
+  EXPECT_EQ(1, tw::replace<&sample::password>(&s, held));
+  EXPECT_EQ(held, s.password.c_str());
   EXPECT_STREQ("pw", s.password.c_str());
 }
 

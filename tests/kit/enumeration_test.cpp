@@ -5,10 +5,10 @@
 namespace {
 
 constexpr const char *media_texts[] = {"ethernet", "wireless"};
-constexpr tw::enumeration media{media_texts, 2, 1, 0, true};
+constexpr tw::enumeration media{.texts = media_texts, .any_case = true};
 
 constexpr const char *kind_texts[] = {"dummy", "script"};
-constexpr tw::enumeration kind{kind_texts, 2, 0, 2, false};
+constexpr tw::enumeration kind{.texts = kind_texts, .first = 0, .unknown = 2};
 
 TEST(Enumeration, ValuesCountFromTheFirstInTableOrder) {
   EXPECT_STREQ("ethernet", media.to_string(1));

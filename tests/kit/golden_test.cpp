@@ -36,9 +36,8 @@ void print(std::ostream &out, const tw::named_list &list) {
 std::string dump() {
   std::ostringstream out;
   out << "Keys that records read and write, in order.\n";
-  for (const tw::tables &tables : {tw::certificate_tables, tw::node_load_tables, tw::etag_tables,
-                                   tw::node_save_tables, tw::enrollment_tables}) {
-    for (const tw::named_list &list : tables) print(out, list);
+  for (const tw::tables *tables : tw::all_tables) {
+    for (const tw::named_list &list : *tables) print(out, list);
   }
   std::string text;
   std::istringstream lines(out.str());

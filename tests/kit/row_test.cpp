@@ -6,7 +6,7 @@
 namespace {
 
 constexpr const char *media_texts[] = {"ethernet", "wireless"};
-constexpr tw::enumeration media_table{media_texts, 2, 1, 0, true};
+constexpr tw::enumeration media_table{.texts = media_texts, .any_case = true};
 
 struct sample : tw::object_view {
   tw::text name;

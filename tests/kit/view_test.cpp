@@ -13,6 +13,22 @@ class View : public kit::StoreTest {
   }
 };
 
+TEST_F(View, ALoaderBeginsWithARecordThatHasItsHandleAndTheElementsId) {
+  cfg_elem *elem = map_at("thing");
+  const auto view = tw::new_view<tw::object_view>(store.get(), elem);
+  ASSERT_NE(nullptr, view);
+  EXPECT_EQ(store.get(), view->cfg);
+  EXPECT_EQ(elem, tw::element_of(*view));
+  EXPECT_EQ(nullptr, tw::new_view<tw::object_view>(store.get(), nullptr));
+  ASSERT_TRUE(cfg_delete_element(store.get(), elem));
+  EXPECT_EQ(nullptr, tw::new_view<tw::object_view>(store.get(), elem));
+}
+
+TEST_F(View, ARecordMadeInMemoryHasNoId) {
+  EXPECT_FALSE(tw::new_view<tw::object_view>(store.get())->uuid);
+  EXPECT_EQ(nullptr, tw::new_view<tw::object_view>(nullptr)->cfg);
+}
+
 TEST_F(View, ANewElementJoinsItsListAsAPendingEntry) {
   cfg_elem *list = list_at("things");
   tw::object_view view = new_view();

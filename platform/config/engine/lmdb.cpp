@@ -60,11 +60,10 @@ class LmdbEngine final : public Engine, public std::enable_shared_from_this<Lmdb
       sound = false;
       problem(where, what);
     };
-    Failure failure;
-    auto snapshot = view(failure);
-    while (snapshot && !check_all_pages(environment_->data_file(), mdb_txn_id(snapshot->txn()), report))
-      snapshot = view(failure);
-    if (!snapshot || !sound) return failure;
+    Failure failure = environment_->check_pages(report);
+    if (failure || !sound) return failure;
+    const auto snapshot = view(failure);
+    if (!snapshot) return failure;
     snapshot->guarded([&] {
       LmdbTable table(snapshot->txn());
       check_records(table, report);

@@ -56,6 +56,8 @@ bool address_space_for(std::size_t size) {
 std::unique_ptr<LmdbEnvironment> LmdbEnvironment::open(const StoreFiles &files, unsigned options,
                                                        std::size_t largest_map, Failure &failure) {
   if ((failure = check_data_file(files))) return nullptr;
+  // LMDB maps its lock file before it has disk space: on a full disk the first touch would end the process.
+  if ((failure = prepare_file(files.lock(), kLockFileSize))) return nullptr;
   EnvironmentPointer env;
   bool read_only = false;
   int code = open_environment(files.directory, MDB_NOTLS, largest_map, env);
@@ -237,6 +239,25 @@ bool LmdbEnvironment::grow_now() {
   }
   wants_to_grow_ = false;
   return true;
+}
+
+// Nothing is read through LMDB here, not even the newest revision: it trusts its pages.
+Failure LmdbEnvironment::check_pages(const Engine::Problem &problem) {
+  if (Failure failure = refused()) return failure;
+  const MapUse use(*this);
+  for (bool done = false; !done;) {
+    MDB_txn *txn = nullptr;
+    if (const int code = mdb_txn_begin(raw(), nullptr, MDB_RDONLY, &txn))
+      return lmdb_failure(code, files_.data(), "cannot be read");
+    try {
+      done = check_all_pages(data_file(), mdb_txn_id(txn), problem);
+    } catch (...) {
+      mdb_txn_abort(txn);
+      throw;
+    }
+    mdb_txn_abort(txn);
+  }
+  return {};
 }
 
 int LmdbEnvironment::clear_dead_readers() {

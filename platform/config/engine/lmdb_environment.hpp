@@ -58,6 +58,8 @@ class LmdbEnvironment {
   bool grow();
 
   // Frees the places of readers that died. Returns how many they were.
+  // Walks every page of the newest state and reports what is wrong; safe on any file.
+  Failure check_pages(const Engine::Problem &problem);
   int clear_dead_readers();
   // The same, at every so many calls.
   void clear_dead_readers_sometimes();

@@ -58,10 +58,25 @@ Failure sync_directory(const std::string &path) {
   return {};
 }
 
+// The process's umask may take more away than others' access, hence the second word on modes, here and below.
 Failure make_directory(const std::string &path) {
-  if (mkdir(path.c_str(), 0700) != 0) return lmdb_failure(errno, path, "cannot be created");
+  if (mkdir(path.c_str(), 0700) != 0 || chmod(path.c_str(), 0700) != 0)
+    return lmdb_failure(errno, path, "cannot be created");
   return sync_directory(parent_of(path));
 }
+
+}  // namespace
+
+Failure prepare_file(const std::string &path, off_t size) {
+  const File file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+  // Where nothing can be written, LMDB knows what is left to do.
+  if (!file && (errno == EACCES || errno == EPERM || errno == EROFS)) return {};
+  if (!file || fchmod(file.get(), 0600) != 0) return lmdb_failure(errno, path, "cannot be prepared");
+  const int code = size > 0 ? posix_fallocate(file.get(), 0, size) : 0;
+  return code == 0 ? Failure{} : lmdb_failure(code, path, "cannot be given its space");
+}
+
+namespace {
 
 // Copies in portions, so that memory is needed for one of them only.
 void copy_records(MDB_env *env, Table &source) {
@@ -105,6 +120,7 @@ void write_first_format(MDB_env *env, bool empty) {
 // needs no lock file. Free pages of `source` may hold secrets that were deleted, and so may the gaps inside
 // its pages: records are copied, not pages.
 Failure write_data_file(const std::string &path, Table *source) {
+  if (Failure failure = prepare_file(path, 0)) return failure;
   try {
     EnvironmentPointer env;
     check(open_environment(path, MDB_NOSUBDIR | MDB_NOLOCK, kLargestMap, env));

@@ -1,6 +1,8 @@
 // A store's directory and files: where they are, that they are safe to use, and making them.
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 #include <utility>
 
@@ -40,6 +42,11 @@ struct StoreFiles {
 // half-made, and checks that nobody else owns or can touch it. Opens neither of its files, because closing
 // the lock file would drop the locks that this process may hold on it.
 Failure find_store(const std::string &path, unsigned options, StoreFiles &files);
+
+// Makes the file if it is missing, gives it the mode 0600 whatever the umask says, and `size` bytes of disk
+// space. No environment of this process may have the file open: closing it here would drop that environment's
+// locks.
+Failure prepare_file(const std::string &path, off_t size);
 
 // Makes the new directory `path`, which must not exist, with a data file that holds what `source` holds
 // (NULL: nothing but the format). On failure nothing is left of it.

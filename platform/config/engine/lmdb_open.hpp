@@ -2,6 +2,7 @@
 #pragma once
 
 #include <lmdb.h>
+#include <sys/types.h>
 
 #include <cstddef>
 #include <memory>
@@ -20,6 +21,8 @@ inline constexpr std::size_t kLargestMap = std::size_t{64} << 30U;
 inline constexpr std::size_t kSmallestMap = std::size_t{64} << 20U;
 // Readers of all processes together; LMDB's default of 126 is soon used up.
 inline constexpr unsigned kMaxReaders = 1022;
+// A cache line for each of them and two more for LMDB's own.
+inline constexpr off_t kLockFileSize = (kMaxReaders + 2) * 64;
 
 // mdb_env_open() with a map of `map_size` bytes, or of a half, a quarter, ... when the system refuses that.
 int open_environment(const std::string &path, unsigned flags, std::size_t map_size, EnvironmentPointer &out);

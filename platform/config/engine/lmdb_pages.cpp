@@ -16,6 +16,7 @@ namespace {
 // a page header, the numbers below, and nothing else; a tree record in it is 48 bytes long.
 constexpr std::uint32_t kMagic = 0xBEEFC0DE;
 constexpr std::uint32_t kVersion = 1;
+constexpr const char *kNewerVersion = "written by a newer LMDB than this library knows";
 constexpr std::size_t kHeader = 16;
 constexpr std::size_t kFreeTree = 40;
 constexpr std::size_t kRecordTree = 88;
@@ -30,6 +31,9 @@ constexpr std::uint16_t kFixedMap = 0x01;
 constexpr std::uint16_t kIntegerKey = 0x08;
 constexpr std::uint16_t kBigData = 0x01;
 constexpr std::uint16_t kBranch = 0x01, kLeaf = 0x02, kOverflow = 0x04, kMeta = 0x08, kKinds = 0x2f;
+
+// Another process may be writing a meta page: what is wrong only for a moment is not wrong.
+constexpr int kAttempts = 3;
 
 class PageBytes {
  public:
@@ -75,6 +79,7 @@ bool valid_page_size(std::size_t size) { return size >= 512 && size <= 65536 && 
 // What is wrong with a meta page; its numbers go to `meta`.
 std::string parse_meta(const PageBytes &page, MetaPage &meta) {
   if ((page.kind() & kMeta) == 0 || page.at<std::uint32_t>(kHeader) != kMagic) return "no LMDB data file";
+  if (page.at<std::uint32_t>(kHeader + 4) > kVersion) return kNewerVersion;
   if (page.at<std::uint32_t>(kHeader + 4) != kVersion) return "an LMDB data file of another version";
   meta.page_size = page.at<std::uint32_t>(kFreeTree);
   meta.last_page = page.at<std::uint64_t>(kLastPage);
@@ -95,7 +100,13 @@ std::string read_meta_pages(int file, MetaPage (&metas)[2]) {
   if (std::string wrong = parse_meta(page, metas[0]); !wrong.empty()) return wrong;
   if (!page.read(file, metas[0].page_size)) return "shorter than its second page";
   if (std::string wrong = parse_meta(page, metas[1]); !wrong.empty()) return wrong;
-  if (metas[0].page_size != metas[1].page_size) return "its first two pages contradict each other";
+  // Transactions are written to the two pages in turn, the even ones to the first. A new file has no
+  // transaction yet.
+  const std::uint64_t even = metas[0].transaction;
+  const std::uint64_t odd = metas[1].transaction;
+  const bool in_turn = (even == 0 && odd == 0) || (even % 2 == 0 && (odd == even + 1 || odd + 1 == even));
+  if (!in_turn || metas[0].page_size != metas[1].page_size)
+    return "its first two pages contradict each other";
   if (metas[1].transaction > metas[0].transaction) std::swap(metas[0], metas[1]);
   return {};
 }
@@ -252,18 +263,20 @@ class PageWalk {
 }  // namespace
 
 Failure check_meta_pages(int file, const std::string &path, MetaPage &newest) {
-  // Another process may be writing a meta page: what is wrong only for a moment is not wrong.
   std::string wrong;
-  for (int attempt = 0; attempt < 3; attempt++) {
+  for (int attempt = 0; attempt < kAttempts; attempt++) {
     wrong = meta_problem(file, newest);
     if (wrong.empty()) return {};
   }
-  return {CFG_E_CORRUPT, path + ": " + wrong};
+  return {wrong == kNewerVersion ? CFG_E_VERSION : CFG_E_CORRUPT, path + ": " + wrong};
 }
 
 bool check_all_pages(int file, std::uint64_t transaction, const Engine::Problem &problem) {
   MetaPage metas[2];
-  if (const std::string wrong = read_meta_pages(file, metas); !wrong.empty()) {
+  std::string wrong = "unread";
+  for (int attempt = 0; attempt < kAttempts && !wrong.empty(); attempt++)
+    wrong = read_meta_pages(file, metas);
+  if (!wrong.empty()) {
     problem("meta pages", wrong);
     return true;
   }

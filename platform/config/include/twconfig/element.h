@@ -11,7 +11,9 @@ CFG_BEGIN
  * "system_net_conns-3", "nodes-12_ports-7". Its number is never used again in that list. Everything below a
  * map is named by its keys behind a dot: "nodes-12.ssh.port", "system.net.conns". A new element has a
  * provisional ID that begins with "{"; commit gives it its final one, and both are understood by
- * cfg_get_by_id() for as long as the handle is open.
+ * cfg_get_by_id() for as long as the handle is open. The ID of anything but a list entry is the name of a
+ * place: a new element under the same key gets the same ID, and a handle of what was replaced leads to it.
+ * List entries are never confused with one another, nor is what stands in them.
  */
 
 /* ---- Navigation ---- */

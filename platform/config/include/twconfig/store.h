@@ -74,13 +74,17 @@ typedef struct cfg_commit_note {
 } cfg_commit_note;
 
 /**
- * Makes the edit durable in one atomic step and moves the handle to the new revision. Pending list entries
- * become committed entries, provisional IDs become final ones (both forms are understood by cfg_get_by_id()
- * until the handle is closed). An edit without changes succeeds and makes no revision.
+ * Makes the edit durable in one atomic step and moves the handle to the newest revision, which holds this
+ * commit and any that were made since. Pending list entries become committed entries, provisional IDs become
+ * final ones (both forms are understood by cfg_get_by_id() until the handle is closed). An edit without
+ * changes succeeds and makes no revision.
  * @return 1, or 0 with the edit kept as it was: CFG_E_CONFLICT (cfg_error_text() names the element, the
  * revision it was read at, the revision that changed it and that commit's author), CFG_E_NO_SPACE, ...
  */
 CFG_API int cfg_commit(cfg *store, const cfg_commit_note *note) CFG_NOEXCEPT;
+
+/** The revision of the last commit that was made through this handle; 0 when there was none. */
+CFG_API uint64_t cfg_committed_revision(const cfg *store) CFG_NOEXCEPT;
 
 /** Drops the edit and its messages; the snapshot stays. New elements that were never committed are gone. */
 CFG_API void cfg_abandon(cfg *store) CFG_NOEXCEPT;
@@ -132,7 +136,8 @@ typedef int (*cfg_commit_visitor)(void *context, const cfg_commit_info *commit);
 
 /** Calls `visit` for each commit from the newest down to revision `oldest` (0: all that are kept). */
 CFG_API int cfg_visit_log(cfg *store, uint64_t oldest, cfg_commit_visitor visit, void *context) CFG_NOEXCEPT;
-/** Calls `visit` with op and ID of every change that the commit `revision` made; 0 when it is not in the log.
+/** Calls `visit` with op and ID of every change that the commit `revision` made, a new element and all that
+ * is in it being one change; 0 when it is not in the log.
  */
 CFG_API int cfg_visit_commit(cfg *store, uint64_t revision, cfg_change_visitor visit,
                              void *context) CFG_NOEXCEPT;
@@ -143,7 +148,8 @@ CFG_API int cfg_find_commit(cfg *store, const char *token, uint64_t *revision) C
 typedef struct cfg_reader_info {
   int64_t pid;
   uint64_t revision; /**< the snapshot it holds */
-  int64_t age_ms;    /**< how long it has held it; -1 when unknown */
+  int64_t age_ms; /**< how long it has held it; for a reader in another process, how long ago its snapshot was
+                       replaced by a newer revision (0: it reads the newest; -1: longer than the log tells) */
 } cfg_reader_info;
 typedef struct cfg_status_info {
   const char *engine;    /**< "lmdb" or "memory" */
