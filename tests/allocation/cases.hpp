@@ -1,0 +1,18 @@
+// The tables of the functions whose allocations are refused, one per family, in the order of their names.
+#ifndef TW_TESTS_ALLOCATION_CASES_HPP
+#define TW_TESTS_ALLOCATION_CASES_HPP
+
+#include <span>
+
+#include "allocation/sweep.hpp"
+
+namespace allocation {
+
+extern const std::span<const Case> system_cases;
+extern const std::span<const Case> certificate_cases;
+extern const std::span<const Case> node_cases;
+extern const std::span<const Case> enrollment_cases;
+
+}  // namespace allocation
+
+#endif

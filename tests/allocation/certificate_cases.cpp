@@ -1,0 +1,219 @@
+#include <dlfcn.h>
+#include <openssl/evp.h>
+#include <openssl/rsa.h>
+#include <openssl/x509.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include "allocation/cases.hpp"
+
+namespace {
+
+// A key that is generated once and then given to every request of the sweeps: generating allocates thousands
+// of times and never as often as the last time, so that what comes after it would be refused by chance only.
+RSA *ready_key = nullptr;
+
+template <class Function>
+Function *openssl(const char *name) {
+  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+// OpenSSL 3.0 frees a part of what is to be signed, which is not its own, when memory runs out within the
+// signing: signing is one allocation here, and fails as a whole.
+template <class Signed>
+int sign(const char *name, Signed *what, EVP_PKEY *key, const EVP_MD *digest) {
+  const allocation::Granted granted;
+  return granted ? openssl<int(Signed *, EVP_PKEY *, const EVP_MD *)>(name)(what, key, digest) : 0;
+}
+
+}  // namespace
+
+// These stand in front of OpenSSL's own, for the program and its libraries.
+#pragma GCC visibility push(default)
+extern "C" {
+int EVP_PKEY_generate(EVP_PKEY_CTX *context, EVP_PKEY **key) {
+  if (ready_key && EVP_PKEY_CTX_is_a(context, "RSA")) return EVP_PKEY_set1_RSA(*key, ready_key);
+  return openssl<int(EVP_PKEY_CTX *, EVP_PKEY **)>("EVP_PKEY_generate")(context, key);
+}
+int X509_REQ_sign(X509_REQ *request, EVP_PKEY *key, const EVP_MD *digest) {
+  return sign("X509_REQ_sign", request, key, digest);
+}
+int X509_sign(X509 *certificate, EVP_PKEY *key, const EVP_MD *digest) {
+  return sign("X509_sign", certificate, key, digest);
+}
+}
+#pragma GCC visibility pop
+
+namespace allocation {
+namespace {
+
+class ReadyKey {
+ public:
+  ReadyKey() {
+    EVP_PKEY *key = EVP_RSA_gen(2048);
+    ready_key = EVP_PKEY_get1_RSA(key);
+    EVP_PKEY_free(key);
+  }
+  ~ReadyKey() { RSA_free(std::exchange(ready_key, nullptr)); }
+  ReadyKey(const ReadyKey &) = delete;
+  ReadyKey &operator=(const ReadyKey &) = delete;
+};
+
+std::string serial(const World &w) {
+  void *data = nullptr;
+  size_t length = 0;
+  if (!cfg_blob_value(cfg_get_by_path(w.store, "services.ca.serial"), &data, &length)) return "";
+  std::string text(static_cast<char *>(data), length);
+  std::free(data);
+  return text;
+}
+
+bool is_issued(const cfg_certificate *certificate) {
+  const char *key = cfg_certificate_get_private_key(certificate),
+             *cert = cfg_certificate_get_cert(certificate);
+  return key && cert && std::strstr(key, "PRIVATE KEY-----\n") &&
+         std::strstr(cert, "-----END CERTIFICATE-----\n");
+}
+
+cfg_certificate *call_new(World &w) { return cfg_certificate_new(w.store, "a new node"); }
+
+// A new record is there with all that belongs to it and with the next serial stored, or not there at all.
+bool is_new(World &w, cfg_certificate *made) {
+  const bool there = made != nullptr;
+  if (there) EXPECT_TRUE(is_issued(made));
+  if (there) EXPECT_STREQ(cfg_certificate_get_common_name(made), "a new node");
+  EXPECT_EQ(serial(w), there ? "1B\n" : "1A\n");
+  free_whole(made);
+  return there;
+}
+
+int call_generate(World &w) { return cfg_certificate_generate(w.certificate); }
+
+bool is_issued_anew(World &w, int done) {
+  if (done) EXPECT_TRUE(is_issued(w.certificate));
+  EXPECT_EQ(serial(w), done ? "1B\n" : "1A\n");
+  return done == 1;
+}
+
+// OpenSSL allocates about ten thousand times to issue a certificate: of its allocations these are samples.
+// Those of the library and of the store are refused one by one.
+template <class Call, class Verdict>
+void issue(Call call, Verdict succeeded) {
+  const ReadyKey key;
+  warm_up(call, succeeded);
+  EXPECT_GT(sweep({Behind::granted, Whose::not_openssls}, call, succeeded), 5);
+  EXPECT_GT(sweep({Behind::refused, Whose::not_openssls}, call, succeeded), 5);
+  EXPECT_GT(sweep({Behind::granted, Whose::everybodys, [](long n) { return n + 29; }}, call, succeeded), 100);
+  EXPECT_GT(sweep({Behind::refused, Whose::everybodys, [](long n) { return n + 31; }}, call, succeeded), 100);
+}
+
+// The generation of the key itself.
+void make_with_a_key_of_its_own() {
+  EXPECT_GT(
+      sweep({Behind::granted, Whose::everybodys, [](long n) { return n + n / 8 + 1; }}, call_new, is_new),
+      20);
+}
+
+void get_by_id() {
+  sweep([](World &w) { return cfg_get_certificate_by_id(w.store, kCertificate); },
+        [](World &, cfg_certificate *found) {
+          const bool there = found != nullptr;
+          if (there) {
+            EXPECT_STREQ(cfg_certificate_get_id(found), kCertificate);
+            EXPECT_STREQ(cfg_certificate_get_common_name(found), "node one's common name");
+            EXPECT_STREQ(cfg_certificate_get_cert(found), "node one's certificate");
+            EXPECT_STREQ(cfg_certificate_get_private_key(found), "node one's private key");
+          }
+          free_whole(found);
+          return there;
+        });
+}
+
+int32_t revoked_at(const World &w) {
+  int32_t time = 0;
+  return cfg_map_get_int(w.store, cfg_get_by_id(w.store, kCertificate), "revoke_time", &time) ? time : 0;
+}
+
+// Saving a revoked certificate answers 1 whatever becomes of it: callers do not have to know whether the
+// element was gone before them.
+void save_revocation() {
+  sweep([](World &w) { return cfg_certificate_save(w.certificate); },
+        [](World &w, int saved) {
+          EXPECT_EQ(saved, 1);
+          return revoked_at(w) != 0;
+        },
+        [](World &w) { EXPECT_EQ(cfg_certificate_expire_now(w.certificate), 1); });
+}
+
+// A certificate record without element.
+void save_new() {
+  const ReadyKey key;
+  sweep([](World &w) { return cfg_certificate_save(w.certificate); },
+        [](World &w, int saved) {
+          int32_t pending = 0;
+          EXPECT_TRUE(cfg_list_future_size(cfg_get_by_path(w.store, "certificates"), &pending));
+          if (saved) {
+            EXPECT_EQ(pending, 1);
+            cfg_elem *made = cfg_get_by_id(w.store, cfg_certificate_get_id(w.certificate));
+            for (const char *name : {"certificate", "private_key", "common_name"})
+              EXPECT_TRUE(cfg_map_has(made, name)) << name;
+          }
+          return saved == 1;
+        },
+        [](World &w) {
+          free_whole(w.certificate);
+          w.certificate = cfg_certificate_new(w.store, "a new node");
+          ASSERT_NE(w.certificate, nullptr);
+        });
+}
+
+void revoke() {
+  sweep([](World &w) { return cfg_certificate_expire_now(w.certificate); }, gives(1));
+}
+
+void release() {
+  sweep(
+      [](World &w) {
+        cfg_certificate_free(w.certificate);
+        return 1;
+      },
+      [](World &w, int) {
+        EXPECT_EQ(cfg_certificate_get_id(w.certificate), nullptr);
+        return true;
+      });
+}
+
+constexpr auto kRecord = &World::certificate;
+
+const Case rows[] = {
+    {"cfg_certificate_expire_now", revoke},
+    {"cfg_certificate_free", release},
+    {"cfg_certificate_generate", [] { issue(call_generate, is_issued_anew); }},
+    {"cfg_certificate_get_cert",
+     [] { text_getter(cfg_certificate_get_cert, kRecord, "node one's certificate"); }},
+    {"cfg_certificate_get_common_name",
+     [] { text_getter(cfg_certificate_get_common_name, kRecord, "node one's common name"); }},
+    {"cfg_certificate_get_id", [] { text_getter(cfg_certificate_get_id, kRecord, kCertificate); }},
+    {"cfg_certificate_get_private_key",
+     [] { text_getter(cfg_certificate_get_private_key, kRecord, "node one's private key"); }},
+    {"cfg_certificate_new",
+     [] {
+       issue(call_new, is_new);
+       make_with_a_key_of_its_own();
+     }},
+    {"cfg_certificate_save",
+     [] {
+       save_revocation();
+       save_new();
+     }},
+    {"cfg_get_certificate_by_id", get_by_id},
+};
+
+}  // namespace
+
+const std::span<const Case> certificate_cases = rows;
+
+}  // namespace allocation

@@ -1,0 +1,112 @@
+#include "allocation/failing_allocator.hpp"
+
+#include <dlfcn.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+// The program is linked into before the sanitizers' runtimes are up: nothing here may be instrumented.
+#define TW_PLAIN __attribute__((visibility("default"), no_sanitize("address", "undefined", "thread")))
+
+namespace {
+
+struct Plan {
+  bool armed = false;
+  bool refused_one = false;
+  long left = 0;
+  allocation::Behind behind = allocation::Behind::granted;
+  allocation::Whose whose = allocation::Whose::everybodys;
+};
+thread_local Plan plan;
+
+// Whether an address of code lies within OpenSSL.
+TW_PLAIN bool is_openssl(const void *code) {
+  Dl_info where{};
+  return dladdr(code, &where) && std::strstr(where.dli_fname, "libcrypto");
+}
+
+TW_PLAIN bool granted(const void *caller) {
+  if (!plan.armed) return true;
+  if (plan.whose == allocation::Whose::not_openssls && is_openssl(caller)) return true;
+  if (--plan.left > 0) return true;
+  const bool refused = plan.left == 0 || plan.behind == allocation::Behind::refused;
+  if (!refused) return true;
+  plan.refused_one = true;
+  errno = ENOMEM;
+  return false;
+}
+
+// The allocator behind this one: the C library's, or that of a sanitizer, which thus still sees every leak.
+// While it is looked up there is none.
+template <class Function>
+TW_PLAIN Function *next(const char *name) {
+  static Function *found = nullptr;
+  static bool looking = false;
+  if (!found && !looking) {
+    looking = true;
+    found = reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+    looking = false;
+  }
+  return found;
+}
+
+TW_PLAIN void *made_by_new(std::size_t size) {
+  void *memory = std::malloc(size ? size : 1);
+  if (!memory) throw std::bad_alloc();
+  return memory;
+}
+
+}  // namespace
+
+void allocation::refuse(long nth, Behind behind, Whose whose) noexcept {
+  plan = {true, false, nth, behind, whose};
+}
+
+bool allocation::stop_refusing() noexcept {
+  plan.armed = false;
+  return plan.refused_one;
+}
+
+allocation::Granted::Granted() noexcept : armed(plan.armed), first(granted(nullptr)) { plan.armed = false; }
+allocation::Granted::~Granted() { plan.armed = armed; }
+
+extern "C" {
+
+TW_PLAIN void *malloc(std::size_t size) {
+  auto *real = next<void *(std::size_t)>("malloc");
+  return real && granted(__builtin_return_address(0)) ? real(size) : nullptr;
+}
+
+TW_PLAIN void *calloc(std::size_t count, std::size_t size) {
+  auto *real = next<void *(std::size_t, std::size_t)>("calloc");
+  return real && granted(__builtin_return_address(0)) ? real(count, size) : nullptr;
+}
+
+TW_PLAIN void *realloc(void *old, std::size_t size) {
+  auto *real = next<void *(void *, std::size_t)>("realloc");
+  return real && granted(__builtin_return_address(0)) ? real(old, size) : nullptr;
+}
+
+TW_PLAIN int posix_memalign(void **out, std::size_t alignment, std::size_t size) {
+  auto *real = next<int(void **, std::size_t, std::size_t)>("posix_memalign");
+  return real && granted(__builtin_return_address(0)) ? real(out, alignment, size) : ENOMEM;
+}
+}
+
+TW_PLAIN void *operator new(std::size_t size) { return made_by_new(size); }
+TW_PLAIN void *operator new[](std::size_t size) { return made_by_new(size); }
+TW_PLAIN void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
+  return std::malloc(size ? size : 1);
+}
+TW_PLAIN void *operator new[](std::size_t size, const std::nothrow_t &) noexcept {
+  return std::malloc(size ? size : 1);
+}
+TW_PLAIN void operator delete(void *memory) noexcept { std::free(memory); }
+TW_PLAIN void operator delete[](void *memory) noexcept { std::free(memory); }
+TW_PLAIN void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
+TW_PLAIN void operator delete[](void *memory, std::size_t) noexcept { std::free(memory); }
+TW_PLAIN void operator delete(void *memory, const std::nothrow_t &) noexcept { std::free(memory); }
+TW_PLAIN void operator delete[](void *memory, const std::nothrow_t &) noexcept { std::free(memory); }

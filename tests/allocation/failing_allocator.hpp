@@ -1,0 +1,38 @@
+// The allocator of a test program, which can refuse: it stands in front of malloc() and operator new for the
+// program and for every library that it loads, OpenSSL, LMDB and the C library's strdup() included.
+#ifndef TW_TESTS_ALLOCATION_FAILING_ALLOCATOR_HPP
+#define TW_TESTS_ALLOCATION_FAILING_ALLOCATOR_HPP
+
+namespace allocation {
+
+// What becomes of the allocations behind the one that is refused.
+enum class Behind { granted, refused };
+
+// Whose allocations count.
+enum class Whose { everybodys, not_openssls };
+
+// From here on the calling thread's n-th allocation that counts (the first is 1) is refused. Other threads
+// notice nothing.
+void refuse(long nth, Behind behind, Whose whose = Whose::everybodys) noexcept;
+// Back to normal. Tells whether an allocation was refused.
+bool stop_refusing() noexcept;
+
+// For a call that stands for all of its own allocations: asks for one allocation, and while this lives the
+// thread's further allocations are granted and not counted.
+class Granted {
+ public:
+  Granted() noexcept;
+  ~Granted();
+  Granted(const Granted &) = delete;
+  Granted &operator=(const Granted &) = delete;
+
+  // Whether the one that was asked for was granted.
+  explicit operator bool() const noexcept { return first; }
+
+ private:
+  bool armed, first;
+};
+
+}  // namespace allocation
+
+#endif

@@ -1,0 +1,259 @@
+#include "allocation/world.hpp"
+
+#include <gtest/gtest.h>
+#include <openssl/ec.h>
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/x509.h>
+#include <twlog.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+
+namespace allocation {
+namespace {
+
+std::string content(BIO *buffer) {
+  char *chars = nullptr;
+  const long length = BIO_get_mem_data(buffer, &chars);
+  return {chars, static_cast<size_t>(length)};
+}
+
+struct Authority {
+  std::string key, certificate;
+};
+
+Authority make_authority() {
+  using key_ptr = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
+  using x509_ptr = std::unique_ptr<X509, decltype(&X509_free)>;
+  using bio_ptr = std::unique_ptr<BIO, decltype(&BIO_free)>;
+  const key_ptr key(EVP_EC_gen("P-256"), EVP_PKEY_free);
+  const x509_ptr certificate(X509_new(), X509_free);
+  X509_set_version(certificate.get(), 2);
+  X509_gmtime_adj(X509_getm_notBefore(certificate.get()), 0);
+  X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 86'400);
+  X509_NAME_add_entry_by_txt(X509_get_subject_name(certificate.get()), "CN", MBSTRING_ASC,
+                             reinterpret_cast<const unsigned char *>("Test authority"), -1, -1, 0);
+  X509_set_issuer_name(certificate.get(), X509_get_subject_name(certificate.get()));
+  X509_set_pubkey(certificate.get(), key.get());
+  X509_sign(certificate.get(), key.get(), EVP_sha256());
+  const bio_ptr key_pem(BIO_new(BIO_s_mem()), BIO_free), certificate_pem(BIO_new(BIO_s_mem()), BIO_free);
+  PEM_write_bio_PrivateKey(key_pem.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr);
+  PEM_write_bio_X509(certificate_pem.get(), certificate.get());
+  return {content(key_pem.get()), content(certificate_pem.get())};
+}
+
+// Writes the store's content; every step must succeed.
+class Seed {
+ public:
+  explicit Seed(cfg *handle) : store(handle) {}
+
+  void write() {
+    system();
+    certificate_authority();
+    const std::string certificate = one_certificate();
+    nodes(certificate, bundle_tag());
+    check(cfg_commit(store, nullptr));
+  }
+
+ private:
+  void check(int done) const {
+    if (!done) throw std::runtime_error(cfg_error_text(store));
+  }
+  cfg_elem *map(cfg_elem *parent, const char *key) {
+    cfg_elem *made = cfg_new_map(store);
+    check(cfg_add_mapelem(store, parent, key, made));
+    return made;
+  }
+  cfg_elem *list(cfg_elem *parent, const char *key) {
+    cfg_elem *made = cfg_new_list(store);
+    check(cfg_add_mapelem(store, parent, key, made));
+    return made;
+  }
+  cfg_elem *entry(cfg_elem *list) {
+    cfg_elem *made = cfg_new_map(store);
+    check(cfg_add_listelem(store, list, made));
+    return made;
+  }
+  void text(cfg_elem *map, const char *key, const std::string &value) {
+    check(cfg_map_set_string(store, map, key, value.c_str()));
+  }
+  void number(cfg_elem *map, const char *key, int32_t value) {
+    check(cfg_map_set_int(store, map, key, value));
+  }
+  void blob(cfg_elem *map, const char *key, const std::string &bytes) {
+    check(cfg_map_set_blob(store, map, key, bytes.data(), bytes.size()));
+  }
+  void reference(cfg_elem *map, const char *key, const std::string &id) {
+    check(cfg_map_set_reference(store, map, key, id.c_str()));
+  }
+  std::string id(cfg_elem *elem) {
+    char *chars = nullptr;
+    check(cfg_elem_uuid(elem, &chars));
+    std::string copy(chars);
+    std::free(chars);
+    return copy;
+  }
+
+  void system() {
+    cfg_elem *system = map(cfg_root(store), "system");
+    text(system, "hostname", "appliance");
+    text(system, "timezone", "Pacific/Auckland");
+    number(system, "webui_session_timeout", 20);
+    number(system, "cli_session_timeout", 30);
+    number(map(system, "net"), "ssh_port", 22);
+    cfg_elem *third_party = map(cfg_root(store), "system.third_party");
+    number(third_party, "ping_interval", 40);
+    number(third_party, "sync_interval", 50);
+  }
+
+  void certificate_authority() {
+    cfg_elem *services = map(cfg_root(store), "services");
+    number(map(map(services, "fhvpn"), "server"), "mtu", 1400);
+    cfg_elem *ca = map(services, "ca");
+    const Authority authority = make_authority();
+    blob(ca, "key", authority.key);
+    blob(ca, "certificate", authority.certificate);
+    blob(ca, "serial", "1A\n");
+  }
+
+  std::string one_certificate() {
+    cfg_elem *made = entry(list(cfg_root(store), "certificates"));
+    text(made, "common_name", "node one's common name");
+    blob(made, "certificate", "node one's certificate");
+    blob(made, "private_key", "node one's private key");
+    return id(made);
+  }
+
+  std::string bundle_tag() {
+    cfg_elem *tag = entry(list(map(cfg_root(store), "tags"), "node_tags"));
+    text(tag, "name", "Bundle");
+    cfg_elem *value = entry(list(tag, "values"));
+    text(value, "value", "northern sites");
+    return id(value);
+  }
+
+  void etags(cfg_elem *node) {
+    cfg_elem *etags = list(node, "etags");
+    for (const char *name : {"ports", "users"}) {
+      cfg_elem *etag = entry(etags);
+      text(etag, "name", name);
+      text(etag, "status", "ok");
+      number(etag, "version", 7);
+    }
+  }
+
+  cfg_elem *node(cfg_elem *nodes, const char *product) {
+    cfg_elem *made = entry(nodes);
+    text(made, "name", std::string("the name of a node: ") + product);
+    text(made, "product", product);
+    for (const char *key : {"status", "description", "mac_address", "fhvpn_address", "firmware_version",
+                            "model", "serial_number"})
+      text(made, key, std::string(product) + "'s " + key);
+    check(cfg_map_set_bool(store, made, "approved", 1));
+    etags(made);
+    return made;
+  }
+
+  void nodes(const std::string &certificate, const std::string &tag_value) {
+    cfg_elem *nodes = list(cfg_root(store), "nodes");
+    cfg_elem *tarnwell = node(nodes, "tarnwell");
+    reference(tarnwell, "bundle", "enrollment_bundles-1");
+    reference(tarnwell, "cert", certificate);
+    text(tarnwell, "package_password", "the package's password");
+    number(map(tarnwell, "ssh"), "port", 2222);
+    check(cfg_add_listelem(store, list(tarnwell, "tags"), cfg_new_reference(store, tag_value.c_str())));
+
+    cfg_elem *generic = node(nodes, "generic");
+    for (const char *key : {"address", "username", "password"})
+      text(generic, key, std::string("generic's ") + key);
+    text(generic, "connection_method", "ssh");
+    number(generic, "port_count", 2);
+    number(generic, "base_port", 3000);
+    cfg_elem *labels = list(generic, "port_labels");
+    for (const char *label : {"first port", "second port"})
+      check(cfg_add_listelem(store, labels, cfg_new_string(store, label)));
+  }
+
+  cfg *store;
+};
+
+std::string export_of(cfg *store) {
+  std::string text;
+  const auto append = [](void *context, const char *data, size_t length) {
+    static_cast<std::string *>(context)->append(data, length);
+    return 1;
+  };
+  return cfg_export(store, append, &text) ? text : std::string("export failed: ") + cfg_error_text(store);
+}
+
+// The store of this process in a directory of its own, opened once for its whole life.
+class Directory {
+ public:
+  Directory() {
+    twlog_set_max_priority(-1);  // every refused allocation is an error that someone would log
+    std::string name = (std::filesystem::temp_directory_path() / "allocation-XXXXXX").string();
+    if (!mkdtemp(name.data())) throw std::runtime_error("no temporary directory");
+    path = name;
+    cfg_failure failure{};
+    handle = cfg_open((path + "/store").c_str(), CFG_OPEN_CREATE, &failure);
+    if (!handle) throw std::runtime_error(failure.text);
+    Seed(handle).write();
+    text = export_of(handle);
+  }
+  ~Directory() {
+    cfg_close(handle);
+    std::error_code ignored;
+    std::filesystem::remove_all(path, ignored);
+  }
+  Directory(const Directory &) = delete;
+  Directory &operator=(const Directory &) = delete;
+
+  cfg *open() const { return cfg_open((path + "/store").c_str(), 0, nullptr); }
+
+  std::string text;
+
+ private:
+  std::string path;
+  cfg *handle = nullptr;
+};
+
+const Directory &directory() {
+  static const Directory only;
+  return only;
+}
+
+}  // namespace
+
+World::World()
+    : store(directory().open()),
+      node(cfg_get_node_by_id(store, kTarnwell)),
+      generic(cfg_get_node_by_id(store, kGeneric)),
+      enrollment(cfg_enrollment_get_by_id(store, kTarnwell)),
+      generic_enrollment(cfg_enrollment_get_by_id(store, kGeneric)),
+      certificate(cfg_get_certificate_by_id(store, kCertificate)) {
+  if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate)
+    throw std::runtime_error("the store of the test cannot be read");
+}
+
+World::~World() {
+  cfg_node_free(node);
+  cfg_node_free(generic);
+  cfg_enrollment_free(enrollment);
+  cfg_enrollment_free(generic_enrollment);
+  free_whole(certificate);
+  cfg_close(store);
+}
+
+bool World::store_is_as_before() {
+  cfg_abandon(store);
+  return export_of(store) == directory().text;
+}
+
+void free_whole(cfg_certificate *certificate) {
+  cfg_certificate_free(certificate);
+  std::free(certificate);
+}
+
+}  // namespace allocation

@@ -1,0 +1,45 @@
+// What the calls under test work on: a store with something in every place that they read, and records of it.
+#ifndef TW_TESTS_ALLOCATION_WORLD_HPP
+#define TW_TESTS_ALLOCATION_WORLD_HPP
+
+#include <twconfig.h>
+#include <twobject.h>
+
+#include <string>
+
+namespace allocation {
+
+// The committed entries of the store.
+inline constexpr char kTarnwell[] = "nodes-1";  // with certificate, etags and tags
+inline constexpr char kGeneric[] = "nodes-2";   // with credentials, port labels and etags
+inline constexpr char kCertificate[] = "certificates-1";
+
+// A text that was not there before; long, so that it is never kept within a string object.
+inline constexpr char kNew[] = "a new text, longer than what fits into a string object";
+
+// A handle on the store of this process, and records that are read through it. Each World begins with the
+// same store: nothing in this program commits.
+class World {
+ public:
+  World();
+  ~World();
+  World(const World &) = delete;
+  World &operator=(const World &) = delete;
+
+  // Drops the edit; true when the store then reads as it did at first.
+  bool store_is_as_before();
+
+  cfg *store = nullptr;
+  cfg_node *node = nullptr;                      // kTarnwell
+  cfg_node *generic = nullptr;                   // kGeneric
+  cfg_enrollment *enrollment = nullptr;          // kTarnwell
+  cfg_enrollment *generic_enrollment = nullptr;  // kGeneric
+  cfg_certificate *certificate = nullptr;        // kCertificate
+};
+
+// Frees a certificate record with its block, to which no one else holds a pointer here.
+void free_whole(cfg_certificate *certificate);
+
+}  // namespace allocation
+
+#endif
