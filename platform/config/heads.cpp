@@ -104,8 +104,8 @@ void rebind(Head &head) {
   }
 }
 
-std::string child_id(const Head &map, const KeyName &key) {
-  const std::string escaped = escape_key(key.text);
+std::string child_id(const Head &map, std::string_view key) {
+  const std::string escaped = escape_key(key);
   return &map == map.store->root ? escaped : std::string(map.id()) + '.' + escaped;
 }
 
@@ -126,7 +126,7 @@ Head *known_child(Head *holder, const KeyName *key, std::uint32_t number) {
     return head.parent == holder && head.key == key && head.number == number;
   });
   if (known != nullptr) return known;
-  const std::string id = key != nullptr ? child_id(*holder, *key) : entry_id(*holder, number);
+  const std::string id = key != nullptr ? child_id(*holder, key->text) : entry_id(*holder, number);
   if (id.size() > kMaxId) throw std::length_error("an element's ID is longer than 4,096 bytes");
   Head *head = allocate(store, id);
   head->parent = holder;
@@ -303,6 +303,8 @@ Found find_key(Head *map, std::string_view key) {
   const PackedMap packed(map->stored, store.shapes, *store.snapshot);
   return packed ? Found{nullptr, packed.find(key, store.names)} : Found{};
 }
+
+std::string entry_id_front(const Head &map, std::string_view key) { return flatten(child_id(map, key)) + '-'; }
 
 Head *head_of(Head *holder, Node *node) {
   if (node->head != nullptr) return node->head;

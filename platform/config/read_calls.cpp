@@ -62,6 +62,27 @@ class KeyReader {
   const std::int16_t *slots_ = nullptr;
 };
 
+// Visits the entries of a list that is not edited and lies in its owner's record: their IDs are put together
+// here, without a head for the list or for an entry.
+template <class Visit>
+void visit_packed(const PackedList &list, std::string id, Visit &&visit) {
+  const std::size_t front = id.size();
+  for (std::uint32_t i = 0; i < list.count(); ++i) {
+    id.resize(front);
+    id += std::to_string(list.number(i));
+    if (!visit(id.c_str(), Found{nullptr, list.child(i)})) return;
+  }
+}
+
+template <class Visit>
+void visit_heads(Head *list, Visit &&visit) {
+  ListView view(list);
+  for (std::uint32_t i = 0; i < view.size(); ++i) {
+    const Head *entry = view.at(i);
+    if (entry != nullptr && !visit(entry->id(), Found{entry->node, entry->stored})) return;
+  }
+}
+
 // Shows the entries of a list to the visitor until it ends the scan. The result is the entry at which it did
 // so, NULL when it saw them all.
 Head *scan(Head *list, const cfg_keyset &set, cfg_scan_visitor visit, void *context) {
@@ -111,6 +132,39 @@ int cfg_map_read(cfg_elem *map, const cfg_keyset *set, cfg_value *values) noexce
     if (head == nullptr) return 0;
     if (head->kind != CFG_MAP) return store->fail(CFG_E_ARGUMENT, "\"%s\" is no map", head->id());
     return KeyReader(*store, *set).read({head->node, head->stored}, values) ? 1 : 0;
+  });
+}
+
+int cfg_child_read(cfg_elem *map, const char *child, const cfg_keyset *set, cfg_value *values) noexcept {
+  if (!given(store_of(map), child, values) || !sound(set)) return 0;
+  Store *store = Head::of(map)->store;
+  return guarded(store, 0, [&] {
+    Head *head = checked(store, map, CFG_MAP);
+    if (head == nullptr) return 0;
+    const Found found = find_key(head, child);
+    return found && found.kind() == CFG_MAP && KeyReader(*store, *set).read(found, values) ? 1 : 0;
+  });
+}
+
+int cfg_child_scan(cfg_elem *map, const char *child, const cfg_keyset *set, cfg_entry_visitor visit,
+                   void *context) noexcept {
+  if (!given(store_of(map), child, visit) || !sound(set)) return 0;
+  Store *store = Head::of(map)->store;
+  return guarded(store, 0, [&] {
+    Head *head = checked(store, map, CFG_MAP);
+    if (head == nullptr) return 0;
+    const Found list = find_key(head, child);
+    if (!list || list.kind() != CFG_LIST) return 0;
+    std::vector<cfg_value> values(set->count);
+    KeyReader reader(*store, *set);
+    const auto visit_entry = [&](const char *id, const Found &entry) {
+      return visit(context, id, reader.read(entry, values.data()) ? values.data() : nullptr) != 0;
+    };
+    if (list.node == nullptr && distant_list(list.stored) == 0)
+      visit_packed(PackedList(list.stored), entry_id_front(*head, child), visit_entry);
+    else
+      visit_heads(child_of(head, child), visit_entry);
+    return 1;
   });
 }
 

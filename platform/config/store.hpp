@@ -175,6 +175,8 @@ struct Found {
   cfg_value value() const { return node != nullptr ? value_of(*node) : value_of(stored); }
 };
 Found find_key(Head *map, std::string_view key);
+// What the IDs of the committed entries of the list under a key begin with; their number follows.
+std::string entry_id_front(const Head &map, std::string_view key);
 // The element at a dotted path below a map, without making heads; crosses no list.
 Found find_path(Store &store, const Found &map, std::string_view path);
 Head *head_by_path(Head *map, std::string_view path);

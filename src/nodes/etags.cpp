@@ -37,20 +37,23 @@ const cfg_etag *find(cfg_node *node, const char *name) noexcept {
 const tw::tables tw::etag_tables = lists;
 
 bool tw::load_etags(cfg_node &node, cfg_elem *elem) {
-  cfg_elem *list = cfg_simple_get_mapelem(node.cfg, elem, "etags");
-  int32_t size = 0;
-  if (!cfg_list_size(list, &size)) return true;
-  std::vector<cfg_etag> etags(static_cast<size_t>(size));
-  for (int32_t i = 0; i < size; ++i) {
-    cfg_etag &etag = etags[static_cast<size_t>(i)];
-    cfg_elem *entry = cfg_simple_get_listelem(node.cfg, list, i);
-    if (tw::load(etag_keys, etag, entry)) {
-      if (!tw::take_uuid(etag.uuid, entry)) return false;
-    } else if (cfg_elem_kind(entry) == CFG_MAP) {
-      return false;  // nothing but memory can be missing
-    }
-  }
-  node.etags = std::move(etags);
+  struct reading {
+    std::vector<cfg_etag> etags;
+    bool complete = true;
+  } list;
+  cfg_child_scan(
+      elem, "etags", &etag_keys.keys,
+      [](void *context, const char *id, const cfg_value *values) {
+        auto &self = *static_cast<reading *>(context);
+        self.complete = tw::guarded([&] {
+          cfg_etag &etag = self.etags.emplace_back();
+          return !values || (etag.uuid.set(id) && tw::load_from(etag_keys, etag, values));
+        });
+        return self.complete ? 1 : 0;
+      },
+      &list);
+  if (!list.complete) return false;
+  node.etags = std::move(list.etags);
   return true;
 }
 

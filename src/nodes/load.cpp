@@ -53,7 +53,7 @@ bool load_kind(node &record, cfg_elem *elem) {
   switch (tw::kind_of(record.product)) {
     case tw::product_kind::tarnwell:
       if (!tw::load_etags(record, elem)) return false;
-      tw::load(tarnwell_ssh, record, cfg_simple_get_mapelem(record.cfg, elem, "ssh"));
+      tw::load_below(tarnwell_ssh, record, elem, "ssh");
       return true;
     case tw::product_kind::credential:
       return tw::load(credential, record, elem);

@@ -4,7 +4,15 @@ namespace tw {
 
 bool load_all(const load_rows &list, void *record, cfg_elem *map) noexcept {
   cfg_value values[max_rows];
-  if (!cfg_map_read(map, &list.keys, values)) return false;
+  return cfg_map_read(map, &list.keys, values) && load_values(list, record, values);
+}
+
+bool load_all_below(const load_rows &list, void *record, cfg_elem *map, const char *child) noexcept {
+  cfg_value values[max_rows];
+  return cfg_child_read(map, child, &list.keys, values) && load_values(list, record, values);
+}
+
+bool load_values(const load_rows &list, void *record, const cfg_value *values) noexcept {
   for (std::size_t i = 0; i < list.count; ++i) {
     const row_data &row = list.rows[i];
     if (values[i].kind == row.kind) {

@@ -8,6 +8,8 @@ namespace tw {
 
 // The untyped engine; use the templates below, which keep rows and records of one type together.
 bool load_all(const load_rows &list, void *record, cfg_elem *map) noexcept;
+bool load_all_below(const load_rows &list, void *record, cfg_elem *map, const char *child) noexcept;
+bool load_values(const load_rows &list, void *record, const cfg_value *values) noexcept;
 bool store_all(const store_rows &list, const void *record, cfg *store, cfg_elem *map) noexcept;
 
 // Reads every key of the list from the map, in one pass, and gives it to its row in list order. False when
@@ -15,6 +17,18 @@ bool store_all(const store_rows &list, const void *record, cfg *store, cfg_elem 
 template <class Record, std::size_t N>
 bool load(const load_list<Record, N> &list, Record &record, cfg_elem *map) noexcept {
   return load_all(list, &record, map);
+}
+
+// The same from the map under a key of `map`, without a handle for it.
+template <class Record, std::size_t N>
+bool load_below(const load_list<Record, N> &list, Record &record, cfg_elem *map, const char *child) noexcept {
+  return load_all_below(list, &record, map, child);
+}
+
+// The same from values that were read with the list's keys.
+template <class Record, std::size_t N>
+bool load_from(const load_list<Record, N> &list, Record &record, const cfg_value *values) noexcept {
+  return load_values(list, &record, values);
 }
 
 // Writes every row of the list to the map, in list order, up to the first write that fails.

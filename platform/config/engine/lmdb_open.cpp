@@ -27,7 +27,8 @@ int open_once(const std::string &path, unsigned flags, std::size_t map_size, Env
 
 int open_environment(const std::string &path, unsigned flags, std::size_t map_size, EnvironmentPointer &out) {
   int code = open_once(path, flags, map_size, out);
-  while (code == ENOMEM && map_size > kSmallestMap) {
+  // Memory checkers refuse so large a map as an invalid argument.
+  while ((code == ENOMEM || code == EINVAL) && map_size > kSmallestMap) {
     map_size /= 2;
     code = open_once(path, flags, map_size, out);
   }

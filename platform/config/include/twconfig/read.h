@@ -26,6 +26,10 @@ typedef struct cfg_keyset {
 /** Reads all keys of a set from a map into `values` (room for set->count). 0 when `map` is no map. */
 CFG_API int cfg_map_read(cfg_elem *map, const cfg_keyset *set, cfg_value *values) CFG_NOEXCEPT;
 
+/** The same for the map under a key of a map, without making a handle for it. 0 when there is no such map. */
+CFG_API int cfg_child_read(cfg_elem *map, const char *child, const cfg_keyset *set,
+                           cfg_value *values) CFG_NOEXCEPT;
+
 /** 1 when the map holds the key; makes no handle for it. */
 CFG_API int cfg_map_has(cfg_elem *map, const char *key) CFG_NOEXCEPT;
 
@@ -51,6 +55,18 @@ CFG_API int cfg_list_scan(cfg_elem *list, const cfg_keyset *set, cfg_scan_visito
  */
 CFG_API cfg_elem *cfg_list_find(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor visit,
                                 void *context) CFG_NOEXCEPT;
+
+/**
+ * Called with each entry's ID, borrowed for the length of the callback, and its values, NULL for an entry
+ * that is no map. Returns 0 to end the scan.
+ */
+typedef int (*cfg_entry_visitor)(void *context, const char *id, const cfg_value *values);
+/**
+ * cfg_list_scan() over the list under a key of a map, with the entries' IDs and without a handle for the
+ * list. 0 when there is no such list.
+ */
+CFG_API int cfg_child_scan(cfg_elem *map, const char *child, const cfg_keyset *set, cfg_entry_visitor visit,
+                           void *context) CFG_NOEXCEPT;
 
 CFG_END
 #endif

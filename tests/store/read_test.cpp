@@ -1,0 +1,161 @@
+// Bulk reads: what cfg_map_read() and cfg_list_scan() give is what the plain readers give.
+#include "fixture.hpp"
+#include "tree.hpp"
+
+class ReadTest : public StoreTest {
+ protected:
+  struct Row {
+    int index;
+    std::vector<std::pair<cfg_kind, std::string>> values;
+    bool operator==(const Row &) const = default;
+  };
+  static int keep(void *context, std::int32_t index, const cfg_value *values) {
+    auto *rows = static_cast<std::vector<Row> *>(context);
+    Row row{index, {}};
+    for (int i = 0; i < 3; ++i)
+      row.values.emplace_back(values[i].kind, values[i].data ? std::string(values[i].data, values[i].length)
+                                                             : std::to_string(values[i].number));
+    rows->push_back(row);
+    return 1;
+  }
+  std::vector<Row> scan(cfg_elem *list) {
+    std::vector<Row> rows;
+    EXPECT_EQ(cfg_list_scan(list, &keys(), keep, &rows), 1);
+    return rows;
+  }
+  static const cfg_keyset &keys() { return keyset_of({"name", "n", "a.b"}); }
+  // The same rows by cfg_map_read() of each entry.
+  std::vector<Row> read_each(cfg_elem *list) {
+    std::vector<Row> rows;
+    for (int i = 0; cfg_elem *entry = cfg_simple_get_listelem(store, list, i); ++i) {
+      cfg_value values[3] = {};
+      cfg_map_read(entry, &keys(), values);
+      keep(&rows, i, values);
+    }
+    return rows;
+  }
+};
+STORE_TEST_ON_BOTH_ENGINES(ReadTest);
+
+TEST_P(ReadTest, AScanAgreesWithPlainReadsThroughoutAnEdit) {
+  cfg_elem *list = make_list(store, "nodes");
+  auto agree = [&](std::size_t size) {
+    list = cfg_get_by_path(store, "nodes");
+    std::vector<Row> rows = scan(list);
+    EXPECT_EQ(rows.size(), size);
+    EXPECT_EQ(rows, read_each(list));
+  };
+  agree(0);
+  for (int i = 0; i < 40; ++i) {
+    cfg_elem *entry = append_named(store, list, "node " + std::to_string(i));
+    if (i % 2) {
+      ASSERT_EQ(cfg_map_set_int(store, entry, "n", i), 1);
+    }
+    if (i % 3 == 0) {
+      ASSERT_EQ(cfg_map_set_blob(store, entry, "a.b", "\0\1", 2), 1);
+    }
+    if (i % 5 == 0) {
+      ASSERT_NE(put_list(store, entry, "ports"), nullptr);
+    }
+  }
+  agree(0);
+  ASSERT_EQ(cfg_append_future_listelem(store, list, cfg_new_string(store, "no map")), 1);
+  ASSERT_TRUE(commits(store));
+  agree(41);
+  std::vector<Row> rows = scan(list);
+  EXPECT_EQ(rows[3].values[0], (std::pair<cfg_kind, std::string>(CFG_STRING, "node 3")));
+  EXPECT_EQ(rows[3].values[1], (std::pair<cfg_kind, std::string>(CFG_INT, "3")));
+  EXPECT_EQ(rows[3].values[2], (std::pair<cfg_kind, std::string>(CFG_BLOB, std::string("\0\1", 2))));
+  EXPECT_EQ(rows[4].values[1].first, CFG_NONE);
+  for (const auto &[kind, text] : rows[40].values) EXPECT_EQ(kind, CFG_NONE);
+  ASSERT_EQ(cfg_map_set_string(store, cfg_get_by_id(store, "nodes-7"), "name", "changed"), 1);
+  ASSERT_EQ(cfg_map_set_bool(store, cfg_get_by_id(store, "nodes-8"), "n", 1), 1);
+  ASSERT_EQ(cfg_map_delete_key(store, cfg_get_by_id(store, "nodes-9"), "name"), 1);
+  ASSERT_EQ(cfg_delete_element(store, cfg_get_by_id(store, "nodes-10")), 1);
+  cfg_elem *added = cfg_new_map(store);
+  ASSERT_EQ(cfg_map_set_int(store, added, "n", 99), 1);
+  ASSERT_EQ(cfg_add_listelem(store, list, added), 1);
+  agree(41);
+  EXPECT_EQ(scan(list)[6].values[0].second, "changed");
+  EXPECT_EQ(scan(list)[40].values[1].second, "99");
+  ASSERT_TRUE(commits(store));
+  agree(41);
+  reopen();
+  agree(41);
+}
+
+TEST_P(ReadTest, OneKeySetServesMapsOfManyShapes) {
+  cfg_elem *list = make_list(store, "nodes");
+  for (int shape = 0; shape < 300; ++shape) {
+    cfg_elem *entry = append_named(store, list, "s" + std::to_string(shape));
+    for (int bit = 0; bit < 9; ++bit) {
+      if ((shape >> bit) & 1) {
+        ASSERT_EQ(cfg_map_set_int(store, entry, ("key" + std::to_string(bit)).c_str(), bit), 1);
+      }
+    }
+    if (shape % 4 == 0) {
+      ASSERT_EQ(cfg_map_set_int(store, entry, "n", shape), 1);
+    }
+  }
+  ASSERT_TRUE(commits(store));
+  list = cfg_get_by_path(store, "nodes");
+  std::vector<Row> rows = scan(list);
+  ASSERT_EQ(rows.size(), 300U);
+  EXPECT_EQ(rows, read_each(list));
+  for (int shape = 0; shape < 300; ++shape) {
+    const Row &row = rows[static_cast<std::size_t>(shape)];
+    EXPECT_EQ(row.values[0].second, "s" + std::to_string(shape));
+    EXPECT_EQ(row.values[1].first, shape % 4 == 0 ? CFG_INT : CFG_NONE);
+  }
+  check_tree(store);
+}
+
+TEST_P(ReadTest, AKeySetReadsNestedMapsAndNewMapsToo) {
+  cfg_elem *map = make_map(store, "a.b");
+  ASSERT_EQ(cfg_map_set_string(store, map, "name", "nested"), 1);
+  cfg_value values[3];
+  for (bool committed : {false, true}) {
+    if (committed) {
+      ASSERT_TRUE(commits(store));
+      map = cfg_get_by_path(store, "a.b");
+    }
+    ASSERT_EQ(cfg_map_read(map, &keys(), values), 1);
+    EXPECT_EQ(std::string(values[0].data, values[0].length), "nested");
+    EXPECT_EQ(values[1].kind, CFG_NONE);
+  }
+  ASSERT_EQ(cfg_map_read(cfg_root(store), &keyset_of({"a", "b"}), values), 1);
+  EXPECT_EQ(values[0].kind, CFG_MAP);
+  EXPECT_EQ(values[0].data, nullptr);
+  EXPECT_EQ(values[1].kind, CFG_NONE);
+}
+
+TEST_P(ReadTest, TheSameKeyMayBeAskedForTwice) {
+  ASSERT_EQ(cfg_map_set_int(store, cfg_root(store), "k", 5), 1);
+  ASSERT_TRUE(commits(store));
+  cfg_value values[3];
+  ASSERT_EQ(cfg_map_read(cfg_root(store), &keyset_of({"k", "x", "k"}), values), 1);
+  EXPECT_EQ(values[0].number, 5);
+  EXPECT_EQ(values[1].kind, CFG_NONE);
+  EXPECT_EQ(values[2].number, 5);
+}
+
+TEST_P(ReadTest, OnlyAMapIsReadAndOnlyAListIsScanned) {
+  cfg_elem *list = make_list(store, "nodes");
+  ASSERT_NE(append_named(store, list, "x"), nullptr);
+  ASSERT_EQ(cfg_map_set_int(store, cfg_root(store), "n", 1), 1);
+  ASSERT_TRUE(commits(store));
+  list = cfg_get_by_path(store, "nodes");
+  cfg_value values[3];
+  std::vector<Row> rows;
+  EXPECT_EQ(cfg_map_read(list, &keys(), values), 0);
+  EXPECT_EQ(cfg_map_read(cfg_get_by_path(store, "n"), &keys(), values), 0);
+  EXPECT_EQ(cfg_map_read(nullptr, &keys(), values), 0);
+  EXPECT_EQ(cfg_map_read(cfg_root(store), nullptr, values), 0);
+  EXPECT_EQ(cfg_map_read(cfg_root(store), &keys(), nullptr), 0);
+  EXPECT_EQ(cfg_list_scan(cfg_root(store), &keys(), keep, &rows), 0);
+  EXPECT_EQ(cfg_list_scan(cfg_get_by_path(store, "n"), &keys(), keep, &rows), 0);
+  EXPECT_EQ(cfg_list_scan(nullptr, &keys(), keep, &rows), 0);
+  EXPECT_EQ(cfg_list_scan(list, nullptr, keep, &rows), 0);
+  EXPECT_EQ(cfg_list_scan(list, &keys(), nullptr, &rows), 0);
+  EXPECT_TRUE(rows.empty());
+}

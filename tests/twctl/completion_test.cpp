@@ -1,0 +1,58 @@
+#include "harness.hpp"
+
+namespace test {
+
+class TwctlCompletion : public twctl_test {
+ protected:
+  const std::string script = std::string(SOURCE_DIRECTORY) + "/packaging/completion/twctl";
+
+  /// What completing the last of the words offers, joined by spaces.
+  std::string offers(const arguments &words) {
+    arguments args{
+        "--norc", "-c",
+        "source \"$0\"; COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); _twctl; echo \"${COMPREPLY[*]}\"",
+        script, "twctl"};
+    args.insert(args.end(), words.begin(), words.end());
+    outcome result = run_program("bash", args);
+    EXPECT_EQ(result.code, 0) << result.err;
+    return result.out.substr(0, result.out.find('\n'));
+  }
+};
+
+TEST_F(TwctlCompletion, TheScriptIsSoundBash) {
+  outcome result = run_program("bash", {"-n", script});
+  EXPECT_EQ(result.code, 0) << result.err;
+}
+
+TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
+  EXPECT_EQ(offers({"no"}), "node");
+  EXPECT_EQ(offers({"node", "en"}), "enroll");
+  EXPECT_EQ(offers({"--dry-run", "cert", "re"}), "revoke");
+  EXPECT_EQ(offers({"node", "enroll", "--product", "acs"}), "acs6000 acs8000 acs_classic");
+  EXPECT_EQ(offers({"-o", ""}), "table json");
+  EXPECT_EQ(offers({"system", "set", "ssh"}), "ssh_port");
+  EXPECT_EQ(offers({"--store", "x", "store", "ver"}), "verify");
+  EXPECT_EQ(offers({"node", "set", "rack-1", "ser"}), "serial_number=");
+}
+
+TEST_F(TwctlCompletion, EveryOptionOfEveryVerbIsOffered) {
+  const arguments verbs[] = {
+      {"system", "get"},    {"system", "set"},   {"node", "enroll"},  {"node", "list"},
+      {"node", "show"},     {"node", "set"},     {"node", "delete"},  {"fleet", "import"},
+      {"cert", "issue"},    {"cert", "show"},    {"cert", "ca"},      {"cert", "list"},
+      {"cert", "revoke"},   {"store", "export"}, {"store", "import"}, {"store", "verify"},
+      {"store", "compact"}, {"store", "status"}, {"store", "log"}};
+  for (const arguments &verb : verbs) {
+    std::string help = run({verb[0], verb[1], "--help"}).out;
+    std::string offered = " " + offers({verb[0], verb[1], "--"}) + " ";
+    for (size_t at = help.find("\n  "); at != std::string::npos; at = help.find("\n  ", at + 1)) {
+      size_t start = help.find("--", at), end = help.find_first_of(" ,\n=", start);
+      if (start == std::string::npos || start > help.find('\n', at + 1) || help[at + 3] != '-') continue;
+      std::string option = help.substr(start, end - start);
+      EXPECT_NE(offered.find(" " + option + " "), std::string::npos)
+          << verb[0] << " " << verb[1] << " " << option;
+    }
+  }
+}
+
+}  // namespace test

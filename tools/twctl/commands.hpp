@@ -1,0 +1,23 @@
+// The nouns of the command line. Each function adds one noun with its verbs.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "options.hpp"
+
+namespace twctl {
+
+void add_init(CLI::App &program, const options &opts);
+void add_system(CLI::App &program, const options &opts);
+void add_node(CLI::App &program, const options &opts);
+void add_fleet(CLI::App &program, const options &opts);
+void add_cert(CLI::App &program, const options &opts);
+void add_store(CLI::App &program, const options &opts);
+
+/// A verb with its help: one line of description, and examples that can be copied.
+inline CLI::App *add_verb(CLI::App *noun, const std::string &name, const std::string &description,
+                          const std::string &examples) {
+  return noun->add_subcommand(name, description)->footer("Examples:\n" + examples);
+}
+
+}  // namespace twctl
