@@ -304,7 +304,9 @@ Found find_key(Head *map, std::string_view key) {
   return packed ? Found{nullptr, packed.find(key, store.names)} : Found{};
 }
 
-std::string entry_id_front(const Head &map, std::string_view key) { return flatten(child_id(map, key)) + '-'; }
+std::string entry_id_front(const Head &map, std::string_view key) {
+  return flatten(child_id(map, key)) + '-';
+}
 
 Head *head_of(Head *holder, Node *node) {
   if (node->head != nullptr) return node->head;

@@ -113,8 +113,8 @@ void issue(Call call, Verdict succeeded) {
 // The generation of the key itself.
 void make_with_a_key_of_its_own() {
   EXPECT_GT(
-      sweep({Behind::granted, Whose::everybodys, [](long n) { return n + n / 8 + 1; }}, call_new, is_new),
-      20);
+      sweep({Behind::granted, Whose::everybodys, [](long n) { return n + n / 3 + 1; }}, call_new, is_new),
+      10);
 }
 
 void get_by_id() {

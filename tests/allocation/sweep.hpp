@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "allocation/failing_allocator.hpp"
 #include "allocation/world.hpp"
 
@@ -14,6 +16,7 @@ struct Case {
   const char *function;
   void (*run)();
 };
+inline void PrintTo(const Case &row, std::ostream *out) { *out << row.function; }
 
 inline constexpr long kTooMany = 20'000;
 
