@@ -106,8 +106,8 @@ void issue(Call call, Verdict succeeded) {
   warm_up(call, succeeded);
   EXPECT_GT(sweep({Behind::granted, Whose::not_openssls}, call, succeeded), 5);
   EXPECT_GT(sweep({Behind::refused, Whose::not_openssls}, call, succeeded), 5);
-  EXPECT_GT(sweep({Behind::granted, Whose::everybodys, [](long n) { return n + 101; }}, call, succeeded), 20);
-  EXPECT_GT(sweep({Behind::refused, Whose::everybodys, [](long n) { return n + 103; }}, call, succeeded), 20);
+  EXPECT_GT(sweep({Behind::granted, Whose::everybodys, [](long n) { return n + 11; }}, call, succeeded), 20);
+  EXPECT_GT(sweep({Behind::refused, Whose::everybodys, [](long n) { return n + 13; }}, call, succeeded), 20);
 }
 
 // The generation of the key itself.

@@ -1,9 +1,12 @@
 #include "allocation/failing_allocator.hpp"
 
 #include <dlfcn.h>
+#include <link.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -22,10 +25,26 @@ struct Plan {
 };
 thread_local Plan plan;
 
-// Whether an address of code lies within OpenSSL.
+// Where the code of OpenSSL lies; looked up outside the allocator.
+struct Range {
+  std::uintptr_t begin = UINTPTR_MAX, end = 0;
+};
+Range openssl;
+
 TW_PLAIN bool is_openssl(const void *code) {
-  Dl_info where{};
-  return dladdr(code, &where) && std::strstr(where.dli_fname, "libcrypto");
+  const auto address = reinterpret_cast<std::uintptr_t>(code);
+  return address >= openssl.begin && address < openssl.end;
+}
+
+int take_openssl(dl_phdr_info *library, std::size_t, void *) {
+  if (!std::strstr(library->dlpi_name, "libcrypto")) return 0;
+  for (int i = 0; i < library->dlpi_phnum; ++i) {
+    const auto &part = library->dlpi_phdr[i];
+    if (part.p_type != PT_LOAD) continue;
+    openssl.begin = std::min<std::uintptr_t>(openssl.begin, library->dlpi_addr + part.p_vaddr);
+    openssl.end = std::max<std::uintptr_t>(openssl.end, library->dlpi_addr + part.p_vaddr + part.p_memsz);
+  }
+  return 1;
 }
 
 TW_PLAIN bool granted(const void *caller) {
@@ -62,6 +81,7 @@ TW_PLAIN void *made_by_new(std::size_t size) {
 }  // namespace
 
 void allocation::refuse(long nth, Behind behind, Whose whose) noexcept {
+  if (openssl.end == 0) dl_iterate_phdr(take_openssl, nullptr);
   plan = {true, false, nth, behind, whose};
 }
 

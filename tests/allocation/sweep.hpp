@@ -18,7 +18,7 @@ struct Case {
 };
 inline void PrintTo(const Case &row, std::ostream *out) { *out << row.function; }
 
-inline constexpr long kTooMany = 20'000;
+inline constexpr long kTooMany = 200'000;
 
 // Which allocations a sweep refuses: those that count, from the first on, each next one as `next` says.
 struct Refusals {
