@@ -18,13 +18,12 @@ struct Case {
 };
 inline void PrintTo(const Case &row, std::ostream *out) { *out << row.function; }
 
-inline constexpr long kTooMany = 200'000;
-
 // Which allocations a sweep refuses: those that count, from the first on, each next one as `next` says.
 struct Refusals {
   Behind behind;
   Whose whose = Whose::everybodys;
   long (*next)(long n) = [](long n) { return n + 1; };
+  long too_many = 200'000;  // a call that still allocates behind so many never ends
 };
 
 inline void as_it_is(World &) {}
@@ -37,7 +36,7 @@ inline void as_it_is(World &) {}
 template <class Call, class Verdict, class Prepare = void (*)(World &)>
 long sweep(const Refusals &refusals, Call call, Verdict succeeded, Prepare prepare = as_it_is) {
   long count = 0;
-  for (long n = 1; n < kTooMany; n = refusals.next(n)) {
+  for (long n = 1; n < refusals.too_many; n = refusals.next(n)) {
     World world;
     prepare(world);
     refuse(n, refusals.behind, refusals.whose);
