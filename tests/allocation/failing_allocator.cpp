@@ -110,6 +110,13 @@ TW_PLAIN void *realloc(void *old, std::size_t size) {
   return real && granted(__builtin_return_address(0)) ? real(old, size) : nullptr;
 }
 
+// The C library's allocates with malloc(), a sanitizer's does not.
+TW_PLAIN char *strdup(const char *text) {
+  const std::size_t size = std::strlen(text) + 1;
+  void *memory = std::malloc(size);
+  return memory ? static_cast<char *>(std::memcpy(memory, text, size)) : nullptr;
+}
+
 TW_PLAIN int posix_memalign(void **out, std::size_t alignment, std::size_t size) {
   auto *real = next<int(void **, std::size_t, std::size_t)>("posix_memalign");
   return real && granted(__builtin_return_address(0)) ? real(out, alignment, size) : ENOMEM;
