@@ -31,16 +31,37 @@ int hex_digit(char c) {
 
 }  // namespace
 
-std::string escape_key(std::string_view key) {
+void append_escaped(std::string &out, char byte) {
   static constexpr char kHex[] = "0123456789abcdef";
+  const auto value = static_cast<unsigned char>(byte);
+  out += '~';
+  out += kHex[value >> 4];
+  out += kHex[value & 15];
+}
+
+bool read_escaped(std::string_view text, std::string &bytes) {
+  bytes.clear();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '~') {
+      bytes += text[i];
+      continue;
+    }
+    if (i + 2 >= text.size()) return false;
+    const int high = hex_digit(text[i + 1]);
+    const int low = hex_digit(text[i + 2]);
+    if (high < 0 || low < 0) return false;
+    bytes += static_cast<char>(high * 16 + low);
+    i += 2;
+  }
+  return true;
+}
+
+std::string escape_key(std::string_view key) {
   std::string out;
   out.reserve(key.size() + 4);
   for (std::size_t i = 0; i < key.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(key[i]);
     if (needs_escape(key, i)) {
-      out += '~';
-      out += kHex[byte >> 4];
-      out += kHex[byte & 15];
+      append_escaped(out, key[i]);
     } else {
       out += key[i];
     }
@@ -49,20 +70,7 @@ std::string escape_key(std::string_view key) {
 }
 
 bool unescape_key(std::string_view text, std::string &key) {
-  key.clear();
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '~') {
-      key += text[i];
-      continue;
-    }
-    if (i + 2 >= text.size()) return false;
-    const int high = hex_digit(text[i + 1]);
-    const int low = hex_digit(text[i + 2]);
-    if (high < 0 || low < 0) return false;
-    key += static_cast<char>(high * 16 + low);
-    i += 2;
-  }
-  return escape_key(key) == text;
+  return read_escaped(text, key) && escape_key(key) == text;
 }
 
 std::string flatten(std::string_view id) {

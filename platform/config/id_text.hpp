@@ -15,6 +15,11 @@ namespace twcfg {
 
 inline constexpr const char *kRootId = ".";
 
+// A byte that must not stand as it is: "~" and two hex digits; and a text with such bytes as it was. The
+// second returns false for a "~" that is not followed by two digits.
+void append_escaped(std::string &out, char byte);
+bool read_escaped(std::string_view text, std::string &bytes);
+
 // A key as it stands in IDs and paths; and back. unescape_key() returns false for an impossible spelling.
 std::string escape_key(std::string_view key);
 bool unescape_key(std::string_view text, std::string &key);

@@ -9,18 +9,21 @@
 
 namespace twcfg {
 
-bool ListNode::has_removed(std::uint32_t number_) const {
+std::size_t ListNode::removed_at(std::uint32_t number_) const {
   const auto at =
       std::lower_bound(removed.begin(), removed.end(), number_,
                        [](const Removed &entry, std::uint32_t wanted) { return entry.number < wanted; });
-  return at != removed.end() && at->number == number_;
+  return static_cast<std::size_t>(at - removed.begin());
+}
+
+bool ListNode::has_removed(std::uint32_t number_) const {
+  const std::size_t at = removed_at(number_);
+  return at < removed.size() && removed[at].number == number_;
 }
 
 void ListNode::remove_number(std::uint32_t number_, std::uint64_t revision) {
-  const auto at =
-      std::lower_bound(removed.begin(), removed.end(), number_,
-                       [](const Removed &entry, std::uint32_t wanted) { return entry.number < wanted; });
-  if (at == removed.end() || at->number != number_) removed.insert(at, {number_, revision});
+  if (has_removed(number_)) return;
+  removed.insert(removed.begin() + static_cast<std::ptrdiff_t>(removed_at(number_)), {number_, revision});
 }
 
 cfg_value value_of(const Node &node) {

@@ -86,6 +86,7 @@ struct ListNode : Node {
   };
   std::pmr::vector<Removed> removed;  // numbers of committed entries, ascending
 
+  std::size_t removed_at(std::uint32_t number_) const;  // where the number stands, or would
   bool has_removed(std::uint32_t number_) const;
   void remove_number(std::uint32_t number_, std::uint64_t revision);
   bool touched() const { return !added.empty() || !future.empty() || !removed.empty(); }

@@ -1,6 +1,9 @@
 #include "utf8.hpp"
 
+#include <algorithm>
 #include <cstdint>
+
+#include "id_text.hpp"
 
 namespace twcfg {
 namespace {
@@ -22,11 +25,6 @@ std::size_t sequence(std::string_view text) {
   return overlong || surrogate || point > 0x10ffff ? 0 : length;
 }
 
-int hex_digit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
-}
-
 }  // namespace
 
 bool is_utf8(std::string_view text) {
@@ -39,36 +37,18 @@ bool is_utf8(std::string_view text) {
 }
 
 std::string key_to_utf8(std::string_view key) {
-  static constexpr char kHex[] = "0123456789abcdef";
   std::string text;
   while (!key.empty()) {
     const std::size_t length = key.front() == '~' ? 0 : sequence(key);
-    if (length == 0) {
-      const auto byte = static_cast<unsigned char>(key.front());
-      text += '~';
-      text += kHex[byte >> 4];
-      text += kHex[byte & 15];
-      key.remove_prefix(1);
-    } else {
-      text += key.substr(0, length);
-      key.remove_prefix(length);
-    }
+    if (length == 0) append_escaped(text, key.front());
+    text += key.substr(0, length);
+    key.remove_prefix(std::max<std::size_t>(length, 1));
   }
   return text;
 }
 
 bool key_from_utf8(std::string_view text, std::string &key) {
-  key.clear();
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '~') {
-      key += text[i];
-      continue;
-    }
-    if (i + 2 >= text.size() || hex_digit(text[i + 1]) < 0 || hex_digit(text[i + 2]) < 0) return false;
-    key += static_cast<char>(hex_digit(text[i + 1]) * 16 + hex_digit(text[i + 2]));
-    i += 2;
-  }
-  return key_to_utf8(key) == text;
+  return read_escaped(text, key) && key_to_utf8(key) == text;
 }
 
 }  // namespace twcfg

@@ -69,6 +69,7 @@ const char *cfg_certificate_get_private_key(const cfg_certificate *record) noexc
   return tw::get<&cfg_certificate::private_key>(record);
 }
 
+// The store's integers have 32 bits, so the time is cut to them; that is good until 2038.
 int cfg_certificate_expire_now(cfg_certificate *record) noexcept {
   return tw::set<&cfg_certificate::revoke_time>(record, static_cast<int32_t>(std::time(nullptr)));
 }
