@@ -4,9 +4,9 @@
 
 #include <twobject/node.h>
 
-#include <memory>
 #include <vector>
 
+#include "nodes/port.hpp"
 #include "nodes/port_labels.hpp"
 #include "nodes/product.hpp"
 #include "record/owned_certificate.hpp"
@@ -28,6 +28,7 @@ struct cfg_node : tw::object_view {
   tw::text bundle_id;
   tw::text mac_address;
   tw::text fhvpn_address;
+  tw::port_slots ports;  // read by the first query
   uint32_t ssh_port = 0;
   int32_t approved = 0;
   tw::owned_certificate certificate;

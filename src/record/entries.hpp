@@ -31,14 +31,11 @@ bool each_entry(cfg_elem *map, const char *key, const cfg_keyset &keys, Take tak
 }
 
 // The slot at a 0-based index as C callers give it; NULL outside the slots.
-template <class Slot>
-Slot *slot_at(std::vector<Slot> &slots, std::int32_t index) noexcept {
-  return index >= 0 && static_cast<std::size_t>(index) < slots.size() ? &slots[static_cast<std::size_t>(index)]
-                                                                      : nullptr;
-}
-template <class Slot>
-const Slot *slot_at(const std::vector<Slot> &slots, std::int32_t index) noexcept {
-  return slot_at(const_cast<std::vector<Slot> &>(slots), index);
+template <class Slots>
+auto *slot_at(Slots &slots, std::int32_t index) noexcept {
+  return index >= 0 && static_cast<std::size_t>(index) < slots.size()
+             ? &slots[static_cast<std::size_t>(index)]
+             : nullptr;
 }
 
 }  // namespace tw

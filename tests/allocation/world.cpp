@@ -144,6 +144,48 @@ class Seed {
     }
   }
 
+  void truth(cfg_elem *map, const char *key) { check(cfg_map_set_bool(store, map, key, 1)); }
+
+  // Two ports with every field.
+  void ports(cfg_elem *node) {
+    cfg_elem *ports = list(node, "ports");
+    for (const char *csid : {"1", "2"}) {
+      cfg_elem *port = entry(ports);
+      text(port, "id", csid);
+      for (const char *key :
+           {"label", "attachedDeviceType", "mode", "hardwareType", "connection_method", "line_id"})
+        text(port, key, std::string("port's ") + key);
+      number(port, "remote_port", 7001);
+      cfg_elem *hardware = map(port, "hardware");
+      for (const char *key : {"protocol", "pinout"}) text(hardware, key, std::string("port's ") + key);
+      cfg_elem *uart = map(map(port, "hardwareSettings"), "uart");
+      for (const char *key : {"dataBits", "stopBits", "baud", "parity", "flowControl"})
+        text(uart, key, std::string("port's ") + key);
+      cfg_elem *logging = map(port, "logging");
+      for (const char *key : {"level", "facility", "priority"})
+        text(logging, key, std::string("port's ") + key);
+      cfg_elem *nagios = map(port, "nagios");
+      for (const char *key : {"enabled", "serialStatus", "portLogging"}) truth(nagios, key);
+      text(nagios, "name", "port's name");
+      cfg_elem *modes = map(port, "modeSettings");
+      cfg_elem *console = map(modes, "consoleServer");
+      for (const char *key : {"ssh", "tcp", "rfc2217", "webShell"}) truth(map(console, key), "enabled");
+      cfg_elem *share = map(console, "portShare");
+      for (const char *key : {"enabled", "encryption", "authentication"}) truth(share, key);
+      text(share, "password", "port's share password");
+      cfg_elem *telnet = map(console, "telnet");
+      for (const char *key : {"enabled", "unauthenticated"}) truth(telnet, key);
+      text(map(modes, "terminalServer"), "terminalType", "port's terminalType");
+      cfg_elem *sdt = map(modes, "sdtServer");
+      for (const char *key : {"username", "password"}) text(sdt, key, std::string("port's ") + key);
+      cfg_elem *bridge = map(modes, "bridge");
+      for (const char *key : {"rfc2217", "sshTunnel"}) truth(bridge, key);
+      cfg_elem *server = map(bridge, "server");
+      text(server, "address", "port's address");
+      number(server, "port", 7002);
+    }
+  }
+
   cfg_elem *node(cfg_elem *nodes, const char *product) {
     cfg_elem *made = entry(nodes);
     text(made, "name", std::string("the name of a node: ") + product);
@@ -173,6 +215,7 @@ class Seed {
     text(generic, "connection_method", "ssh");
     number(generic, "port_count", 2);
     number(generic, "base_port", 3000);
+    ports(generic);
     cfg_elem *labels = list(generic, "port_labels");
     for (const char *label : {"first port", "second port"})
       check(cfg_add_listelem(store, labels, cfg_new_string(store, label)));
@@ -232,16 +275,18 @@ World::World()
     : store(directory().open()),
       node(cfg_get_node_by_id(store, kTarnwell)),
       generic(cfg_get_node_by_id(store, kGeneric)),
+      port(cfg_get_port_by_id(store, kPort)),
       enrollment(cfg_enrollment_get_by_id(store, kTarnwell)),
       generic_enrollment(cfg_enrollment_get_by_id(store, kGeneric)),
       certificate(cfg_get_certificate_by_id(store, kCertificate)) {
-  if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate)
+  if (!store || !node || !generic || !port || !enrollment || !generic_enrollment || !certificate)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
 World::~World() {
   cfg_node_free(node);
   cfg_node_free(generic);
+  cfg_port_free(port);
   cfg_enrollment_free(enrollment);
   cfg_enrollment_free(generic_enrollment);
   free_whole(certificate);

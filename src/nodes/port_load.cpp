@@ -1,0 +1,161 @@
+// Loading ports, by ID and as the entries of a node's list.
+#include "nodes/port.hpp"
+#include "record/engine.hpp"
+#include "record/entries.hpp"
+#include "record/tables.hpp"
+
+namespace {
+
+using port = cfg_port;
+
+// What a port's settings mean is the business of the node and of whoever shows them: only values of the right
+// kind are taken, and no value keeps a port from loading.
+constexpr tw::load_list hardware({
+    lenient(tw::string_row<&port::hardware_protocol>("protocol")),
+    lenient(tw::string_row<&port::hardware_pinout>("pinout")),
+});
+constexpr tw::load_list uart({
+    lenient(tw::string_row<&port::uart_dataBits>("dataBits")),
+    lenient(tw::string_row<&port::uart_stopBits>("stopBits")),
+    lenient(tw::string_row<&port::uart_baud>("baud")),
+    lenient(tw::string_row<&port::uart_parity>("parity")),
+    lenient(tw::string_row<&port::uart_flowControl>("flowControl")),
+});
+constexpr tw::load_list hardware_settings({
+    lenient(tw::map_row<uart>("uart")),
+});
+constexpr tw::load_list logging({
+    lenient(tw::string_row<&port::logging_level>("level")),
+    lenient(tw::string_row<&port::logging_facility>("facility")),
+    lenient(tw::string_row<&port::logging_priority>("priority")),
+});
+constexpr tw::load_list nagios({
+    lenient(tw::bool_row<&port::nagios_enabled>("enabled")),
+    lenient(tw::bool_row<&port::nagios_serialStatus>("serialStatus")),
+    lenient(tw::bool_row<&port::nagios_portLogging>("portLogging")),
+    lenient(tw::string_row<&port::nagios_name>("name")),
+});
+constexpr tw::load_list ssh({
+    lenient(tw::bool_row<&port::consoleServer_ssh_enabled>("enabled")),
+});
+constexpr tw::load_list tcp({
+    lenient(tw::bool_row<&port::consoleServer_tcp_enabled>("enabled")),
+});
+constexpr tw::load_list port_share({
+    lenient(tw::bool_row<&port::consoleServer_portShare_enabled>("enabled")),
+    lenient(tw::bool_row<&port::consoleServer_portShare_encryption>("encryption")),
+    lenient(tw::bool_row<&port::consoleServer_portShare_authentication>("authentication")),
+    lenient(tw::string_row<&port::consoleServer_portShare_password>("password")),
+});
+constexpr tw::load_list rfc2217({
+    lenient(tw::bool_row<&port::consoleServer_rfc2217_enabled>("enabled")),
+});
+constexpr tw::load_list web_shell({
+    lenient(tw::bool_row<&port::consoleServer_webShell_enabled>("enabled")),
+});
+constexpr tw::load_list telnet({
+    lenient(tw::bool_row<&port::consoleServer_telnet_enabled>("enabled")),
+    lenient(tw::bool_row<&port::consoleServer_telnet_unauthenticated>("unauthenticated")),
+});
+constexpr tw::load_list console_server({
+    lenient(tw::map_row<ssh>("ssh")),
+    lenient(tw::map_row<tcp>("tcp")),
+    lenient(tw::map_row<port_share>("portShare")),
+    lenient(tw::map_row<rfc2217>("rfc2217")),
+    lenient(tw::map_row<web_shell>("webShell")),
+    lenient(tw::map_row<telnet>("telnet")),
+});
+constexpr tw::load_list terminal_server({
+    lenient(tw::string_row<&port::terminalServer_terminalType>("terminalType")),
+});
+constexpr tw::load_list sdt_server({
+    lenient(tw::string_row<&port::sdtServer_username>("username")),
+    lenient(tw::string_row<&port::sdtServer_password>("password")),
+});
+constexpr tw::load_list bridge_server({
+    lenient(tw::string_row<&port::bridge_server_address>("address")),
+    lenient(tw::int_row<&port::bridge_server_port>("port")),
+});
+constexpr tw::load_list bridge({
+    lenient(tw::bool_row<&port::bridge_rfc2217>("rfc2217")),
+    lenient(tw::bool_row<&port::bridge_sshTunnel>("sshTunnel")),
+    lenient(tw::map_row<bridge_server>("server")),
+});
+constexpr tw::load_list mode_settings({
+    lenient(tw::map_row<console_server>("consoleServer")),
+    lenient(tw::map_row<terminal_server>("terminalServer")),
+    lenient(tw::map_row<sdt_server>("sdtServer")),
+    lenient(tw::map_row<bridge>("bridge")),
+});
+constexpr tw::load_list everything({
+    lenient(tw::string_row<&port::csid>("id")),
+    lenient(tw::string_row<&port::label>("label")),
+    lenient(tw::string_row<&port::attachedDeviceType>("attachedDeviceType")),
+    lenient(tw::string_row<&port::mode>("mode")),
+    lenient(tw::string_row<&port::hardwareType>("hardwareType")),
+    lenient(tw::string_row<&port::connection_method>("connection_method")),
+    lenient(tw::string_row<&port::line_id>("line_id")),
+    lenient(tw::int_row<&port::remote_port>("remote_port")),
+    lenient(tw::map_row<hardware>("hardware")),
+    lenient(tw::map_row<hardware_settings>("hardwareSettings")),
+    lenient(tw::map_row<logging>("logging")),
+    lenient(tw::map_row<nagios>("nagios")),
+    lenient(tw::map_row<mode_settings>("modeSettings")),
+});
+
+constexpr tw::named_list lists[] = {
+    {"port load", everything},
+    {"port load, \"hardware\"", hardware},
+    {"port load, \"hardwareSettings\", \"uart\"", uart},
+    {"port load, \"hardwareSettings\"", hardware_settings},
+    {"port load, \"logging\"", logging},
+    {"port load, \"nagios\"", nagios},
+    {"port load, \"modeSettings\", \"consoleServer\", \"ssh\"", ssh},
+    {"port load, \"modeSettings\", \"consoleServer\", \"tcp\"", tcp},
+    {"port load, \"modeSettings\", \"consoleServer\", \"portShare\"", port_share},
+    {"port load, \"modeSettings\", \"consoleServer\", \"rfc2217\"", rfc2217},
+    {"port load, \"modeSettings\", \"consoleServer\", \"webShell\"", web_shell},
+    {"port load, \"modeSettings\", \"consoleServer\", \"telnet\"", telnet},
+    {"port load, \"modeSettings\", \"consoleServer\"", console_server},
+    {"port load, \"modeSettings\", \"terminalServer\"", terminal_server},
+    {"port load, \"modeSettings\", \"sdtServer\"", sdt_server},
+    {"port load, \"modeSettings\", \"bridge\", \"server\"", bridge_server},
+    {"port load, \"modeSettings\", \"bridge\"", bridge},
+    {"port load, \"modeSettings\"", mode_settings},
+};
+
+std::unique_ptr<port> new_port(cfg *store, const char *node_id, const char *id) noexcept {
+  auto record = tw::new_view<port>(store);
+  return record && record->uuid.set(id) && record->node_id.set(node_id) ? std::move(record) : nullptr;
+}
+
+}  // namespace
+
+const tw::tables tw::port_load_tables = lists;
+
+bool tw::load_ports(port_slots &ports, cfg *store, cfg_elem *node) noexcept {
+  text node_id;
+  if (!take_uuid(node_id, node)) return true;
+  port_slots loaded;
+  const auto take = [&](const char *id, const cfg_value *values) {
+    auto &slot = loaded.emplace_back();
+    if (!values) return true;
+    slot = new_port(store, node_id.c_str(), id);
+    return slot && load_from(everything, *slot, values);
+  };
+  if (!each_entry(node, "ports", everything.keys, take)) return false;
+  ports = std::move(loaded);
+  return true;
+}
+
+// A port is two levels below its node: the list is its parent.
+cfg_port *cfg_get_port_by_id(cfg *store, const char *id) noexcept {
+  cfg_elem *elem = cfg_get_by_id(store, id);
+  cfg_elem *node = cfg_get_parent_elem(store, cfg_get_parent_elem(store, elem));
+  auto record = node ? tw::new_view<port>(store, elem) : nullptr;
+  if (!record || !tw::take_uuid(record->node_id, node) || !tw::load(everything, *record, elem))
+    return nullptr;
+  return record.release();
+}
+
+int32_t cfg_get_ports_count(cfg *store) noexcept { return tw::collection_count(store, "ports"); }
