@@ -1,4 +1,4 @@
-// Ports: making, freeing, getters and setters. port_load.cpp and port_save.cpp read and write them.
+// Ports: making, freeing, getters and setters. port_store.cpp reads and writes them.
 #include "nodes/port.hpp"
 
 #include "nodes/set_text.hpp"

@@ -1,4 +1,5 @@
-// Loading ports, by ID and as the entries of a node's list.
+// Reading and writing ports: by ID, as the entries of a node's list, and back into their elements.
+#include "nodes/node.hpp"
 #include "nodes/port.hpp"
 #include "record/engine.hpp"
 #include "record/entries.hpp"
@@ -10,15 +11,26 @@ using port = cfg_port;
 
 // What a port's settings mean is the business of the node and of whoever shows them: only values of the right
 // kind are taken, and no value keeps a port from loading.
+constexpr auto label = lenient(tw::string_row<&port::label>("label"));
+constexpr auto csid = lenient(tw::string_row<&port::csid>("id"));
+constexpr auto mode = lenient(tw::string_row<&port::mode>("mode"));
+constexpr auto connection_method = lenient(tw::string_row<&port::connection_method>("connection_method"));
+constexpr auto line_id = lenient(tw::string_row<&port::line_id>("line_id"));
+constexpr auto remote_port = lenient(tw::nonzero_row<&port::remote_port>("remote_port"));
+constexpr auto baud = lenient(tw::string_row<&port::uart_baud>("baud"));
+constexpr auto parity = lenient(tw::string_row<&port::uart_parity>("parity"));
+constexpr auto stop_bits = lenient(tw::string_row<&port::uart_stopBits>("stopBits"));
+constexpr auto data_bits = lenient(tw::string_row<&port::uart_dataBits>("dataBits"));
+
 constexpr tw::load_list hardware({
     lenient(tw::string_row<&port::hardware_protocol>("protocol")),
     lenient(tw::string_row<&port::hardware_pinout>("pinout")),
 });
 constexpr tw::load_list uart({
-    lenient(tw::string_row<&port::uart_dataBits>("dataBits")),
-    lenient(tw::string_row<&port::uart_stopBits>("stopBits")),
-    lenient(tw::string_row<&port::uart_baud>("baud")),
-    lenient(tw::string_row<&port::uart_parity>("parity")),
+    data_bits,
+    stop_bits,
+    baud,
+    parity,
     lenient(tw::string_row<&port::uart_flowControl>("flowControl")),
 });
 constexpr tw::load_list hardware_settings({
@@ -87,15 +99,15 @@ constexpr tw::load_list mode_settings({
     lenient(tw::map_row<sdt_server>("sdtServer")),
     lenient(tw::map_row<bridge>("bridge")),
 });
-constexpr tw::load_list everything({
-    lenient(tw::string_row<&port::csid>("id")),
-    lenient(tw::string_row<&port::label>("label")),
+constexpr tw::load_list load_everything({
+    csid,
+    label,
     lenient(tw::string_row<&port::attachedDeviceType>("attachedDeviceType")),
-    lenient(tw::string_row<&port::mode>("mode")),
+    mode,
     lenient(tw::string_row<&port::hardwareType>("hardwareType")),
-    lenient(tw::string_row<&port::connection_method>("connection_method")),
-    lenient(tw::string_row<&port::line_id>("line_id")),
-    lenient(tw::int_row<&port::remote_port>("remote_port")),
+    connection_method,
+    line_id,
+    remote_port,
     lenient(tw::map_row<hardware>("hardware")),
     lenient(tw::map_row<hardware_settings>("hardwareSettings")),
     lenient(tw::map_row<logging>("logging")),
@@ -103,8 +115,13 @@ constexpr tw::load_list everything({
     lenient(tw::map_row<mode_settings>("modeSettings")),
 });
 
+constexpr tw::store_list save_identity({label, csid, mode});
+constexpr tw::store_list save_connection({connection_method, remote_port, line_id});
+// Flow control has a setter and is not among them: the node decides it, and what it reported must stay.
+constexpr tw::store_list save_framing({baud, parity, stop_bits, data_bits});
+
 constexpr tw::named_list lists[] = {
-    {"port load", everything},
+    {"port load", load_everything},
     {"port load, \"hardware\"", hardware},
     {"port load, \"hardwareSettings\", \"uart\"", uart},
     {"port load, \"hardwareSettings\"", hardware_settings},
@@ -122,6 +139,9 @@ constexpr tw::named_list lists[] = {
     {"port load, \"modeSettings\", \"bridge\", \"server\"", bridge_server},
     {"port load, \"modeSettings\", \"bridge\"", bridge},
     {"port load, \"modeSettings\"", mode_settings},
+    {"port save, identity", save_identity},
+    {"port save, connection", save_connection},
+    {"port save, \"hardwareSettings\", \"uart\"", save_framing},
 };
 
 std::unique_ptr<port> new_port(cfg *store, const char *node_id, const char *id) noexcept {
@@ -129,9 +149,36 @@ std::unique_ptr<port> new_port(cfg *store, const char *node_id, const char *id) 
   return record && record->uuid.set(id) && record->node_id.set(node_id) ? std::move(record) : nullptr;
 }
 
+// The element of a port that has none yet belongs to nobody until cfg_node_add_port() puts it into a list.
+cfg_elem *new_element(port &record) noexcept {
+  cfg_elem *elem = cfg_new_map(record.cfg);
+  return tw::take_uuid(record.uuid, elem) ? elem : nullptr;
+}
+
+// How a port is reached is kept by the appliance for the nodes that it reaches by credentials: there a
+// disabled port is not reached at all. Other nodes reach their ports themselves and keep it. False when the
+// port belongs to no node that can be loaded.
+bool drop_connection(port &record, cfg_elem *elem) noexcept {
+  cfg_elem *list = cfg_get_parent_elem(record.cfg, elem);
+  const auto node = tw::load_node(record.cfg, cfg_get_parent_elem(record.cfg, list));
+  if (!node) return false;
+  const tw::product_kind kind = tw::kind_of(node->product);
+  if (kind != tw::product_kind::generic && kind != tw::product_kind::credential) return true;
+  record.connection_method.clear();
+  record.line_id.clear();
+  record.remote_port = 0;
+  return true;
+}
+
+bool store_framing(const port &record, cfg_elem *elem) noexcept {
+  cfg_elem *settings = tw::need_map(record.cfg, elem, "hardwareSettings");
+  cfg_elem *uart = settings ? tw::need_map(record.cfg, settings, "uart") : nullptr;
+  return uart && tw::store(save_framing, record, record.cfg, uart);
+}
+
 }  // namespace
 
-const tw::tables tw::port_load_tables = lists;
+const tw::tables tw::port_tables = lists;
 
 bool tw::load_ports(port_slots &ports, cfg *store, cfg_elem *node) noexcept {
   text node_id;
@@ -141,9 +188,9 @@ bool tw::load_ports(port_slots &ports, cfg *store, cfg_elem *node) noexcept {
     auto &slot = loaded.emplace_back();
     if (!values) return true;
     slot = new_port(store, node_id.c_str(), id);
-    return slot && load_from(everything, *slot, values);
+    return slot && load_from(load_everything, *slot, values);
   };
-  if (!each_entry(node, "ports", everything.keys, take)) return false;
+  if (!each_entry(node, "ports", load_everything.keys, take)) return false;
   ports = std::move(loaded);
   return true;
 }
@@ -153,9 +200,24 @@ cfg_port *cfg_get_port_by_id(cfg *store, const char *id) noexcept {
   cfg_elem *elem = cfg_get_by_id(store, id);
   cfg_elem *node = cfg_get_parent_elem(store, cfg_get_parent_elem(store, elem));
   auto record = node ? tw::new_view<port>(store, elem) : nullptr;
-  if (!record || !tw::take_uuid(record->node_id, node) || !tw::load(everything, *record, elem))
+  if (!record || !tw::take_uuid(record->node_id, node) || !tw::load(load_everything, *record, elem))
     return nullptr;
   return record.release();
 }
 
 int32_t cfg_get_ports_count(cfg *store) noexcept { return tw::collection_count(store, "ports"); }
+
+// NULL is an ordinary failure here: ports are saved from lists in which a slot may be empty.
+int cfg_port_save(cfg_port *port) noexcept {
+  if (!port) return 0;
+  cfg_elem *elem = port->uuid ? tw::element_of(*port) : new_element(*port);
+  if (!elem || !tw::store(save_identity, *port, port->cfg, elem)) return 0;
+  if (tw::same(port->mode.c_str(), "disabled") && !drop_connection(*port, elem)) return 0;
+  if (!tw::store(save_connection, *port, port->cfg, elem)) return 0;
+  // A port without a baud rate has no framing to write: the map is neither made nor touched.
+  return !port->uart_baud || store_framing(*port, elem);
+}
+
+int cfg_port_update_string(cfg_port *port, cfg_elem *map, const char *key, const char *text) noexcept {
+  return port && tw::store_map_string(port->cfg, map, key, text);
+}
