@@ -11,6 +11,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "arena.hpp"
 #include "packed.hpp"
 
 namespace twcfg {
@@ -104,27 +105,22 @@ inline ScalarNode *as_scalar(Node *node) {
 
 cfg_value value_of(const Node &node);
 
-// Makes nodes in one arena.
+// Makes nodes, and keeps them as long as it lives.
 class Nodes {
  public:
-  // `plain` holds what is not secret-sized: everything; the arena is wiped when it is released.
-  std::pmr::memory_resource *arena() { return &arena_; }
+  std::pmr::memory_resource *arena() { return &nodes_; }
   MapNode *map();
   ListNode *list();
   ScalarNode *scalar(cfg_kind kind, std::string_view data, std::int32_t value);
   Ownership *ownership();
-  void release() { arena_.release(); }
 
  private:
-  // Gives memory back only after overwriting it: edits hold private keys and passwords.
-  class Wiping : public std::pmr::memory_resource {
-    void *do_allocate(std::size_t bytes, std::size_t alignment) override;
-    void do_deallocate(void *block, std::size_t bytes, std::size_t alignment) override;
-    bool do_is_equal(const memory_resource &other) const noexcept override { return this == &other; }
-  };
+  template <class T>
+  T *make();
 
-  Wiping wiping_;
-  std::pmr::monotonic_buffer_resource arena_{&wiping_};
+  // Values may be private keys and passwords; what stands around them tells no secret and needs no wiping.
+  Arena nodes_{Arena::Contents::plain};
+  Arena values_{Arena::Contents::secret};
 };
 
 // Unpacks a stored node with everything below it, down to distant lists. `entry` says that the node is a list
