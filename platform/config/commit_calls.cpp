@@ -37,23 +37,6 @@ bool checked_note(Store &store, const cfg_commit_note *note, Note &out) {
 }
 
 std::string log_entry(Store &store, const Note &note) {
-  std::vector<std::pair<char, std::string>> changes;
-  walk_changes(store, [&](const Change &change) {
-    switch (change.kind) {
-      case Change::kSet:
-        changes.emplace_back('=', change.path);
-        break;
-      case Change::kAdded:
-        changes.emplace_back('+', change.path);
-        break;
-      case Change::kRemoved:
-        changes.emplace_back('-', change.path);
-        break;
-      case Change::kAppended:
-        changes.emplace_back('+', entry_path(change.path, change.node->assigned));
-        break;
-    }
-  });
   LoggedCommit logged;
   logged.time_ms = std::chrono::duration_cast<std::chrono::milliseconds>(
                        std::chrono::system_clock::now().time_since_epoch())
@@ -61,8 +44,20 @@ std::string log_entry(Store &store, const Note &note) {
   logged.who = note.who;
   logged.why = note.why;
   logged.token = note.token;
-  for (const auto &[op, path] : changes) logged.changes.push_back({op, path});
-  return encode_commit(logged);
+  std::string entry = encode_commit(logged);
+  walk_changes(store, [&](const Change &change) {
+    switch (change.kind) {
+      case Change::kSet:
+        return add_change(entry, {'=', change.path});
+      case Change::kAdded:
+        return add_change(entry, {'+', change.path});
+      case Change::kRemoved:
+        return add_change(entry, {'-', change.path});
+      case Change::kAppended:
+        return add_change(entry, {'+', entry_path(change.path, change.node->assigned)});
+    }
+  });
+  return entry;
 }
 
 // Where the elements behind handles of new elements stand after the commit. It is worked out before the

@@ -232,7 +232,7 @@ class NumberCarrier {
                std::map<std::string, Packed> &lists) {
     const PackedMap packed(map, store_.shapes, *store_.snapshot);
     for (std::uint32_t i = 0; packed && depth < kMaxDepth && i < packed.count(); ++i) {
-      const std::string name = list_name(prefix, packed.key(i));
+      const std::string name = list_name(prefix, *store_.names.intern(packed.key(i)));
       if (kind_of(packed.child(i)) == CFG_LIST) lists.emplace(name, packed.child(i));
       if (kind_of(packed.child(i)) == CFG_MAP) collect(packed.child(i), name, depth + 1, lists);
     }
