@@ -60,37 +60,23 @@ std::string log_entry(Store &store, const Note &note) {
   return entry;
 }
 
-// Where the elements behind handles of new elements stand after the commit. It is worked out before the
-// commit, so that nothing can fail behind it.
-struct Place {
-  Head *head;
-  Head *holder;
-  const KeyName *key;
-  std::uint32_t number;
-};
-
-std::vector<Place> places(const Store &store) {
-  std::vector<Place> found;
-  found.reserve(store.edit->born.size());
-  for (Head *head : store.edit->born) {
+// Notes in the handles of new elements where these will stand. It is done before the commit, so that nothing
+// can fail behind it.
+void foresee_places(Store &store) {
+  for (std::size_t i = store.edit->first_born; i < store.born.size(); ++i) {
+    Head *head = store.born[i];
     const Node *node = head->node;
-    Head *holder = node == nullptr || node->dead ? nullptr : holder_of(head);
-    if (holder != nullptr)
-      found.push_back({head, holder, node->key, node->number != 0 ? node->number : node->assigned});
+    head->parent = node == nullptr || node->dead ? nullptr : holder_of(head);
+    if (head->parent == nullptr) continue;
+    head->key = node->key;
+    head->number = node->number != 0 ? node->number : node->assigned;
   }
-  return found;
 }
 
 // What is left to do when the edit is in the store, or when there is none: the next call reads the newest
 // revision.
-void finish(Store &store, const std::vector<Place> &committed) noexcept {
-  for (const Place &place : committed) {
-    place.head->parent = place.holder;
-    place.head->key = place.key;
-    place.head->number = place.number;
-    place.head->committed = true;
-  }
-  store.drop_edit();
+void finish(Store &store, bool committed) noexcept {
+  store.drop_edit(committed);
   store.drop_results();
   store.messages.clear();
   store.move_to(nullptr);
@@ -117,12 +103,12 @@ int commit(Store &store, const Note &note) {
       if (write.remove && write.expected == 0) continue;
       request.writes.push_back({key, write.expected, write.bytes, write.remove});
     }
-    const std::vector<Place> committed = places(store);
+    foresee_places(store);
     const CommitResult result = store.engine->commit(request);
     if (result.failure) return store.fail(result.failure);
     if (result.stale) continue;
     store.committed = result.revision;
-    finish(store, result.repeated ? std::vector<Place>{} : committed);
+    finish(store, !result.repeated);
     return 1;
   }
   return store.fail(CFG_E_CONFLICT, "conflict: other commits came first %d times in a row", kAttempts);
@@ -200,12 +186,12 @@ int cfg_commit(cfg *store, const cfg_commit_note *note) noexcept {
       if (newest == nullptr) return store->fail(failure);
       if (const std::uint64_t made = newest->find_token(checked.token)) {
         store->committed = made;
-        finish(*store, {});
+        finish(*store, false);
         return 1;
       }
     }
     if (!has_changes(*store)) {
-      finish(*store, {});
+      finish(*store, false);
       return 1;
     }
     return commit(*store, checked);

@@ -101,10 +101,10 @@ class Grafter {
       }
       if (item.node != nullptr) item.node->parent = &theirs;
       if (other != nullptr) {
-        other->node = item.node;
+        theirs.put(*other, item.node);
         other->changed = item.changed;
       } else if (item.node != nullptr) {
-        theirs.items.push_back({item.key, item.node, nullptr, item.changed});
+        theirs.add({item.key, item.node, nullptr, item.changed});
       } else {
         lose(key_path(path, *item.key), item.changed);
       }

@@ -112,7 +112,7 @@ Node *Unpacker::map(const Packed &stored, Owner *owner, int depth) {
     if (child == nullptr) return nullptr;
     child->parent = result;
     child->key = name;
-    result->items.push_back({child->key, child, child});
+    result->add({child->key, child, child});
   }
   return result;
 }

@@ -22,21 +22,22 @@ struct ListNode;
 inline constexpr std::uint64_t kClean = ~std::uint64_t{0};  // "not changed": no revision is that high
 
 struct Node {
-  cfg_kind kind = CFG_NONE;
-  bool born = false;
-  bool dead = false;               // deleted or replaced in this edit
   Node *parent = nullptr;          // holder in memory; NULL when unattached or the root of its record
   const KeyName *key = nullptr;    // where it stands in a map
-  std::uint32_t number = 0;        // where it stands in a list; 0 for a new entry
-  std::uint32_t assigned = 0;      // number given by the commit under way
   std::uint64_t changed = kClean;  // of a list entry that is a scalar: its value was replaced
-  Head *head = nullptr;  // of a born element, of the root of an opened record, of an opened distant list
+  Head *head = nullptr;      // of a born element, of the root of an opened record, of an opened distant list
+  std::uint32_t number = 0;  // where it stands in a list; 0 for a new entry
+  std::uint32_t assigned = 0;  // number given by the commit under way
+  cfg_kind kind : 8 = CFG_NONE;
+  bool born = false;
+  bool dead = false;  // deleted or replaced in this edit
 };
 
 struct ScalarNode : Node {
-  std::string_view data;  // string, reference, blob; NUL behind it
   std::int32_t value = 0;
+  std::string_view data;  // string, reference, blob; NUL behind it
 };
+static_assert(sizeof(ScalarNode) == 64, "an import makes these by the hundred thousand");
 
 struct MapItem {
   const KeyName *key;
@@ -60,8 +61,18 @@ struct Ownership {
 
 struct MapNode : Node {
   explicit MapNode(std::pmr::memory_resource *arena) : items(arena) {}
-  std::pmr::vector<MapItem> items;
-  Ownership *owner = nullptr;  // set in list entries and the root
+  bool nested = false;              // whether maps and lists may be found in it
+  std::pmr::vector<MapItem> items;  // filled by add() and put()
+  Ownership *owner = nullptr;       // set in list entries and the root that were stored
+
+  void add(const MapItem &item) {
+    items.push_back(item);
+    put(items.back(), item.node);
+  }
+  void put(MapItem &item, Node *node) {
+    item.node = node;
+    if (node != nullptr && node->kind <= CFG_LIST) nested = true;
+  }
 
   MapItem *find(const KeyName *name) {
     for (MapItem &item : items) {

@@ -157,6 +157,7 @@ bool Plan::number(Node *node, ListName *name, bool in_root_record, int depth) {
   ListName own{{}, map, list_names_.size()};
   const bool is_owner = name == nullptr;
   if (is_owner) name = &own;
+  if (!map->nested) return true;
   for (MapItem &item : map->items) {
     if (item.node == nullptr || item.node->kind > CFG_LIST) continue;
     const std::size_t length = name->prefix.size();
@@ -255,6 +256,7 @@ bool Plan::plan_record(Key key, Node *root, std::uint64_t expected) {
 
 bool Plan::plan_placed_below(Node *node) {
   if (MapNode *map = as_map(node)) {
+    if (!map->nested) return true;
     for (const MapItem &item : map->items) {
       if (item.node != nullptr && item.node->kind <= CFG_LIST && !plan_placed_below(item.node)) return false;
     }
