@@ -13,5 +13,6 @@
 #include <twobject/enrollment.h>
 #include <twobject/node.h>
 #include <twobject/system.h>
+#include <twobject/tag.h>
 
 #endif
