@@ -9,6 +9,7 @@
 #include "nodes/port.hpp"
 #include "nodes/port_labels.hpp"
 #include "nodes/product.hpp"
+#include "nodes/runtime.hpp"
 #include "record/owned_certificate.hpp"
 #include "record/view.hpp"
 
@@ -28,7 +29,8 @@ struct cfg_node : tw::object_view {
   tw::text bundle_id;
   tw::text mac_address;
   tw::text fhvpn_address;
-  tw::port_slots ports;  // read by the first query
+  tw::port_slots ports;                       // read by the first query
+  std::unique_ptr<tw::node_runtime> runtime;  // NULL until it is asked for
   uint32_t ssh_port = 0;
   int32_t approved = 0;
   tw::owned_certificate certificate;

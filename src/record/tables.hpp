@@ -26,7 +26,6 @@ extern const tables etag_tables;
 extern const tables node_load_tables;
 extern const tables node_save_tables;
 extern const tables port_tables;
-
 extern const tables tag_tables;
 extern const tables tag_value_tables;
 
