@@ -12,6 +12,11 @@
 #include <twobject/common.h>
 #include <twobject/enrollment.h>
 #include <twobject/node.h>
+#include <twobject/node_auth.h>
+#include <twobject/node_group.h>
+#include <twobject/node_interface.h>
+#include <twobject/node_tag.h>
+#include <twobject/node_user.h>
 #include <twobject/port.h>
 #include <twobject/node_runtime.h>
 #include <twobject/system.h>

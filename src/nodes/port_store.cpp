@@ -172,8 +172,8 @@ bool drop_connection(port &record, cfg_elem *elem) noexcept {
 
 bool store_framing(const port &record, cfg_elem *elem) noexcept {
   cfg_elem *settings = tw::need_map(record.cfg, elem, "hardwareSettings");
-  cfg_elem *uart = settings ? tw::need_map(record.cfg, settings, "uart") : nullptr;
-  return uart && tw::store(save_framing, record, record.cfg, uart);
+  cfg_elem *map = settings ? tw::need_map(record.cfg, settings, "uart") : nullptr;
+  return map && tw::store(save_framing, record, record.cfg, map);
 }
 
 }  // namespace

@@ -23,16 +23,21 @@ using tables = std::span<const named_list>;
 extern const tables certificate_tables;
 extern const tables enrollment_tables;
 extern const tables etag_tables;
+extern const tables node_auth_tables;
+extern const tables node_group_tables;
+extern const tables node_interface_tables;
 extern const tables node_load_tables;
 extern const tables node_save_tables;
+extern const tables node_user_tables;
 extern const tables port_tables;
 extern const tables tag_tables;
 extern const tables tag_value_tables;
 
 // All of them, in the order of the dump.
 inline constexpr const tables *all_tables[] = {
-    &certificate_tables, &node_load_tables,  &etag_tables, &node_save_tables,
-    &port_tables,        &enrollment_tables, &tag_tables,  &tag_value_tables,
+    &certificate_tables,    &node_load_tables,  &etag_tables,       &node_save_tables,
+    &node_interface_tables, &node_user_tables,  &node_group_tables, &node_auth_tables,
+    &port_tables,           &enrollment_tables, &tag_tables,        &tag_value_tables,
 };
 
 }  // namespace tw

@@ -146,6 +146,41 @@ class Seed {
 
   void truth(cfg_elem *map, const char *key) { check(cfg_map_set_bool(store, map, key, 1)); }
 
+  // Two interfaces, users and groups, and all of the authentication settings.
+  void reports(cfg_elem *node) {
+    cfg_elem *interfaces = list(node, "interfaces"), *users = list(node, "users"),
+             *groups = list(node, "groups");
+    for (const std::string which : {"first", "second"}) {
+      cfg_elem *interface = entry(interfaces);
+      for (const char *key : {"name", "ipv4_address", "ipv6_address"})
+        text(interface, key, which + " " + key);
+      cfg_elem *user = entry(users);
+      for (const char *key : {"username", "description"}) text(user, key, which + " " + key);
+      number(user, "disabled", 1);
+      texts(user, "groups", which);
+      cfg_elem *group = entry(groups);
+      for (const char *key : {"groupname", "description"}) text(group, key, which + " " + key);
+      truth(group, "system");
+      texts(group, "roles", which);
+    }
+    cfg_elem *auth = map(node, "auth");
+    for (const char *key : {"auth_method", "auth_type"}) text(auth, key, std::string("the ") + key);
+    truth(auth, "use_remote_groups");
+    cfg_elem *radius = map(auth, "radius"), *tacacs = map(auth, "tacacs"), *ldap = map(auth, "ldap");
+    for (const char *key : {"authenticationServers", "accountingServers", "password"})
+      text(radius, key, std::string("radius's ") + key);
+    for (const char *key : {"authenticationServers", "password", "method", "service"})
+      text(tacacs, key, std::string("tacacs's ") + key);
+    for (const char *key : {"authenticationServers", "password", "baseDN", "bindDN", "usernameAttribute",
+                            "groupMembershipAttribute", "bindPassword"})
+      text(ldap, key, std::string("ldap's ") + key);
+  }
+  void texts(cfg_elem *map, const char *key, const std::string &which) {
+    cfg_elem *made = list(map, key);
+    for (const char *end : {" of all", " again"})
+      check(cfg_add_listelem(store, made, cfg_new_string(store, (which + end).c_str())));
+  }
+
   // Two ports with every field.
   void ports(cfg_elem *node) {
     cfg_elem *ports = list(node, "ports");
