@@ -122,12 +122,13 @@ int commit(Store &store, const Note &note) {
       if (write.remove && write.expected == 0) continue;
       request.writes.push_back({key, write.expected, write.bytes, write.remove});
     }
-    const std::vector<Place> committed = places(store);
+    std::vector<Place> committed = places(store);
     const CommitResult result = store.engine->commit(request);
     if (result.failure) return store.fail(result.failure);
     if (result.stale) continue;
     store.committed = result.revision;
-    finish(store, result.repeated ? std::vector<Place>{} : committed);
+    if (result.repeated) committed.clear();
+    finish(store, committed);  // needs no memory: what is in the store must not be told as failed
     return 1;
   }
   return store.fail(CFG_E_CONFLICT, "conflict: other commits came first %d times in a row", kAttempts);
