@@ -14,5 +14,6 @@
 #include <twobject/node.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>
+#include <twobject/template.h>
 
 #endif
