@@ -12,6 +12,7 @@
 #include <twobject/common.h>
 #include <twobject/enrollment.h>
 #include <twobject/node.h>
+#include <twobject/search.h>
 #include <twobject/system.h>
 
 #endif

@@ -12,6 +12,7 @@ extern const std::span<const Case> system_cases;
 extern const std::span<const Case> certificate_cases;
 extern const std::span<const Case> node_cases;
 extern const std::span<const Case> enrollment_cases;
+extern const std::span<const Case> search_cases;
 
 }  // namespace allocation
 

@@ -10,10 +10,7 @@ namespace {
 
 std::vector<Case> all() {
   const std::span<const Case> families[] = {
-      system_cases,
-      certificate_cases,
-      node_cases,
-      enrollment_cases,
+      system_cases, certificate_cases, node_cases, enrollment_cases, search_cases,
   };
   std::vector<Case> rows;
   for (const auto family : families) rows.insert(rows.end(), family.begin(), family.end());
