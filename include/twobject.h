@@ -14,5 +14,6 @@
 #include <twobject/node.h>
 #include <twobject/search.h>
 #include <twobject/system.h>
+#include <twobject/tag.h>
 
 #endif

@@ -234,8 +234,12 @@ World::World()
       generic(cfg_get_node_by_id(store, kGeneric)),
       enrollment(cfg_enrollment_get_by_id(store, kTarnwell)),
       generic_enrollment(cfg_enrollment_get_by_id(store, kGeneric)),
-      certificate(cfg_get_certificate_by_id(store, kCertificate)) {
-  if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate)
+      certificate(cfg_get_certificate_by_id(store, kCertificate)),
+      tags(cfg_get_tag_list(store, CFG_TAG_NODE)),
+      tag(cfg_get_tag_by_id(store, kTag)),
+      tag_value(cfg_get_tag_value_by_id(store, kTagValue)) {
+  if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate || !tags || !tag ||
+      !tag_value)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -245,6 +249,9 @@ World::~World() {
   cfg_enrollment_free(enrollment);
   cfg_enrollment_free(generic_enrollment);
   free_whole(certificate);
+  free_whole(tags);
+  free_whole(tag);
+  cfg_tag_value_free(tag_value);
   cfg_close(store);
   cfg_close(unread);
 }
@@ -259,6 +266,20 @@ bool World::store_is_as_before() {
 void free_whole(cfg_certificate *certificate) {
   cfg_certificate_free(certificate);
   std::free(certificate);
+}
+
+void free_whole(cfg_tag *tag) {
+  char **values = tag_get_all_values(tag);
+  cfg_tag_free(tag);
+  std::free(static_cast<void *>(values));
+}
+
+void free_whole(cfg_tag_list *tags) {
+  char **all = tag_list_get_all_tags(tags);
+  const char *uuid = tag_list_get_uuid(tags);
+  cfg_tag_list_free(tags);
+  std::free(static_cast<void *>(all));
+  std::free(const_cast<char *>(uuid));
 }
 
 }  // namespace allocation

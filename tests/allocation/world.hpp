@@ -13,6 +13,8 @@ namespace allocation {
 inline constexpr char kTarnwell[] = "nodes-1";  // with certificate, etags and tags
 inline constexpr char kGeneric[] = "nodes-2";   // with credentials, port labels and etags
 inline constexpr char kCertificate[] = "certificates-1";
+inline constexpr char kTag[] = "tags_node_tags-1";  // "Bundle"
+inline constexpr char kTagValue[] = "tags_node_tags-1_values-1";
 
 // A text that was not there before; long, so that it is never kept within a string object.
 inline constexpr char kNew[] = "a new text, longer than what fits into a string object";
@@ -39,10 +41,15 @@ class World {
   cfg_enrollment *enrollment = nullptr;          // kTarnwell
   cfg_enrollment *generic_enrollment = nullptr;  // kGeneric
   cfg_certificate *certificate = nullptr;        // kCertificate
+  cfg_tag_list *tags = nullptr;
+  cfg_tag *tag = nullptr;              // kTag
+  cfg_tag_value *tag_value = nullptr;  // kTagValue
 };
 
-// Frees a certificate record with its block, to which no one else holds a pointer here.
+// Frees a record with what its free function leaves to others, who are not here.
 void free_whole(cfg_certificate *certificate);
+void free_whole(cfg_tag *tag);
+void free_whole(cfg_tag_list *tags);
 
 }  // namespace allocation
 
