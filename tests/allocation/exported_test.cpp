@@ -10,8 +10,8 @@ namespace {
 
 std::vector<Case> all() {
   const std::span<const Case> families[] = {
-      system_cases, certificate_cases, node_cases, enrollment_cases, search_cases,
-      system_cases, certificate_cases, node_cases, enrollment_cases, tag_cases,
+      system_cases,  // one on a line: families are added side by side
+      certificate_cases, node_cases, enrollment_cases, search_cases, tag_cases,
   };
   std::vector<Case> rows;
   for (const auto family : families) rows.insert(rows.end(), family.begin(), family.end());

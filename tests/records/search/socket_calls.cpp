@@ -48,6 +48,7 @@ VISIBLE int setsockopt(int fd, int level, int option, const void *value, socklen
   const auto call = system_call<int(int, int, int, const void *, socklen_t)>("setsockopt");
   if (!watch || level != SOL_SOCKET || option != SO_RCVTIMEO) return call(fd, level, option, value, size);
   watch->seen.reply_time = *static_cast<const timeval *>(value);
+  watch->seen.fd = fd;
   ++watch->seen.reply_times_set;
   watch->connected();
   if (watch->refuse_reply_time) {

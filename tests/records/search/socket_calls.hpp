@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 
+#include <atomic>
 #include <functional>
 #include <string>
 
@@ -15,6 +16,7 @@ struct Seen {
   socklen_t address_size = 0;              // of connect()
   std::string address;                     // its bytes
   timeval reply_time{};                    // of setsockopt(SO_RCVTIMEO)
+  std::atomic<int> fd = -1;                // whose reply time was set
   int reply_times_set = 0;                 // how often
 };
 
