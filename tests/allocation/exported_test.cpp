@@ -10,6 +10,7 @@ namespace {
 
 std::vector<Case> all() {
   // One to a line, so that families can be added side by side.
+  // One on a line, so that families can be added side by side.
   // clang-format off
   const std::span<const Case> families[] = {
       system_cases,
@@ -19,6 +20,8 @@ std::vector<Case> all() {
       enrollment_cases,
       tag_cases,
       template_cases,
+      search_cases,
+      tag_cases,
   };
   // clang-format on
   std::vector<Case> rows;
