@@ -15,11 +15,13 @@
 #include <twobject/node_auth.h>
 #include <twobject/node_group.h>
 #include <twobject/node_interface.h>
+#include <twobject/node_runtime.h>
 #include <twobject/node_tag.h>
 #include <twobject/node_user.h>
 #include <twobject/port.h>
-#include <twobject/node_runtime.h>
+#include <twobject/search.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>
+#include <twobject/template.h>
 
 #endif

@@ -197,23 +197,22 @@ char *copy_or_null(const char *text) { return text == nullptr ? nullptr : copy_t
 void copy_auth(const cfg_node *node, NodeCopy &copy) {
   using Getter = const char *(*)(const cfg_node *);
   // In the order of kAuthKeys. LDAP's plain password has no getter.
-  static constexpr std::array<Getter, kAuthTexts> getters = {
-      cfg_node_get_auth_method,
-      cfg_node_get_auth_type,
-      cfg_node_get_radius_authentication_servers,
-      cfg_node_get_radius_accounting_servers,
-      cfg_node_get_radius_password,
-      cfg_node_get_tacacs_password,
-      cfg_node_get_tacacs_authentication_servers,
-      cfg_node_get_tacacs_method,
-      cfg_node_get_tacacs_service,
-      nullptr,
-      cfg_node_get_ldap_authentication_servers,
-      cfg_node_get_ldap_base_dn,
-      cfg_node_get_ldap_bind_dn,
-      cfg_node_get_ldap_username_attribute,
-      cfg_node_get_ldap_group_attribute,
-      cfg_node_get_ldap_bind_password};
+  static constexpr std::array<Getter, kAuthTexts> getters = {cfg_node_get_auth_method,
+                                                             cfg_node_get_auth_type,
+                                                             cfg_node_get_radius_authentication_servers,
+                                                             cfg_node_get_radius_accounting_servers,
+                                                             cfg_node_get_radius_password,
+                                                             cfg_node_get_tacacs_password,
+                                                             cfg_node_get_tacacs_authentication_servers,
+                                                             cfg_node_get_tacacs_method,
+                                                             cfg_node_get_tacacs_service,
+                                                             nullptr,
+                                                             cfg_node_get_ldap_authentication_servers,
+                                                             cfg_node_get_ldap_base_dn,
+                                                             cfg_node_get_ldap_bind_dn,
+                                                             cfg_node_get_ldap_username_attribute,
+                                                             cfg_node_get_ldap_group_attribute,
+                                                             cfg_node_get_ldap_bind_password};
   for (std::size_t i = 0; i < kAuthTexts; ++i)
     if (getters[i] != nullptr) copy.auth[i] = copy_or_null(getters[i](node));
   copy.use_remote_groups = cfg_node_get_use_remote_groups(node);
@@ -223,11 +222,10 @@ void copy_parts(const cfg_node *node, NodeCopy &copy) {
   resize(copy.interfaces, static_cast<std::size_t>(cfg_node_get_interface_count(node)));
   for (std::size_t i = 0; i < copy.interfaces.count; ++i) {
     const cfg_node_interface *in = cfg_node_get_interface(node, static_cast<std::int32_t>(i));
-    copy.interfaces.items[i] = {copy_or_null(cfg_node_interface_get_node_uuid(in)),
-                                copy_or_null(cfg_node_interface_get_uuid(in)),
-                                copy_or_null(cfg_node_interface_get_name(in)),
-                                copy_or_null(cfg_node_interface_get_ipv4_addr(in)),
-                                copy_or_null(cfg_node_interface_get_ipv6_addr(in))};
+    copy.interfaces.items[i] = {
+        copy_or_null(cfg_node_interface_get_node_uuid(in)), copy_or_null(cfg_node_interface_get_uuid(in)),
+        copy_or_null(cfg_node_interface_get_name(in)), copy_or_null(cfg_node_interface_get_ipv4_addr(in)),
+        copy_or_null(cfg_node_interface_get_ipv6_addr(in))};
   }
   resize(copy.users, static_cast<std::size_t>(cfg_node_get_node_user_count(node)));
   for (std::size_t i = 0; i < copy.users.count; ++i) {

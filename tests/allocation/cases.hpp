@@ -15,7 +15,9 @@ extern const std::span<const Case> node_part_cases;
 extern const std::span<const Case> port_cases;
 extern const std::span<const Case> node_runtime_cases;
 extern const std::span<const Case> enrollment_cases;
+extern const std::span<const Case> search_cases;
 extern const std::span<const Case> tag_cases;
+extern const std::span<const Case> template_cases;
 
 }  // namespace allocation
 
