@@ -13,7 +13,9 @@
 #include <twobject/enrollment.h>
 #include <twobject/node.h>
 #include <twobject/node_runtime.h>
+#include <twobject/search.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>
+#include <twobject/template.h>
 
 #endif
