@@ -19,6 +19,7 @@
 #include <twobject/net_physif.h>
 #include <twobject/node.h>
 #include <twobject/ntp.h>
+#include <twobject/node_runtime.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>
 

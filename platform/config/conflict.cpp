@@ -20,8 +20,11 @@ OurChanges our_changes(Store &store) {
   const std::uint64_t now = store.snapshot->revision();
   walk_changes(store, [&](const Change &change) {
     const bool append = change.kind == Change::kAppended;
-    const auto [at, fresh] = ours.try_emplace(change.path, Ours{append ? now : change.seen, append});
-    if (!fresh && !append) at->second = {change.seen, false};
+    if (const auto known = ours.find(change.path); known == ours.end()) {
+      ours.emplace(change.path, Ours{append ? now : change.seen, append});
+    } else if (!append) {
+      known->second = {change.seen, false};
+    }
   });
   for (const LostChange &lost : store.edit->lost) ours.insert_or_assign(lost.path, Ours{lost.seen, false});
   return ours;
@@ -68,7 +71,9 @@ class Grafter {
   void lose(const Node *node, const std::string &path) {
     walk_node(store_, node, path, {}, [&](const Change &change) { lose(change.path, change.seen); });
   }
-  void lose(std::string path, std::uint64_t seen) { store_.edit->lost.push_back({std::move(path), seen}); }
+  void lose(std::string_view path, std::uint64_t seen) {
+    store_.edit->lost.push_back({std::string(path), seen});
+  }
 
   // Moves the changes to a list as such: what was removed from it and what was added.
   void graft_entries(ListNode &ours, ListNode &theirs, const std::string &path) {
@@ -96,10 +101,10 @@ class Grafter {
       }
       if (item.node != nullptr) item.node->parent = &theirs;
       if (other != nullptr) {
-        other->node = item.node;
+        theirs.put(*other, item.node);
         other->changed = item.changed;
       } else if (item.node != nullptr) {
-        theirs.items.push_back({item.key, item.node, nullptr, item.changed});
+        theirs.add({item.key, item.node, nullptr, item.changed});
       } else {
         lose(key_path(path, *item.key), item.changed);
       }

@@ -46,9 +46,14 @@ int height(const Node *node) {
   return below + 1;
 }
 
-int depth_of(Head *head) {
+int depth_of(const Head *head) {
   int depth = 0;
-  for (; head != nullptr && depth <= kMaxDepth; head = holder_of(head)) ++depth;
+  for (; head != nullptr && depth <= kMaxDepth; head = head->parent) {
+    ++depth;
+    const Node *top = head->node;
+    for (; top != nullptr && top->parent != nullptr; top = top->parent) ++depth;
+    if (top != nullptr && top->head != nullptr) head = top->head;
+  }
   return depth;
 }
 
@@ -153,7 +158,8 @@ bool set_item(Head *map, std::string_view key, Node *value) {
     if (node->items.size() >= kMaxMapKeys) {
       return store.fail(CFG_E_LIMIT, "a map has at most %zu keys", kMaxMapKeys) != 0;
     }
-    node->items.push_back({name, value, nullptr, seen});
+    if (node->items.empty()) node->items.reserve(4);  // most maps grow to more
+    node->add({name, value, nullptr, seen});
   } else {
     // Writing the value that is stored is no change, or takes a change back: records can be saved whole
     // without conflicts.
@@ -165,7 +171,7 @@ bool set_item(Head *map, std::string_view key, Node *value) {
       return true;
     }
     detach(store, item->node);
-    item->node = value;
+    node->put(*item, value);
     item->changed = seen;
   }
   value->born = true;

@@ -121,7 +121,7 @@ class Importer {
       Node *node = element(child, false, depth + 1);
       node->parent = map;
       node->key = store_.names.intern(key);
-      map->items.push_back({node->key, node, nullptr, 0});
+      map->add({node->key, node, nullptr, 0});
       where_.resize(length);
     }
     json_object_foreach(const_cast<json_t *>(retired), name, child) {
@@ -232,7 +232,7 @@ class NumberCarrier {
                std::map<std::string, Packed> &lists) {
     const PackedMap packed(map, store_.shapes, *store_.snapshot);
     for (std::uint32_t i = 0; packed && depth < kMaxDepth && i < packed.count(); ++i) {
-      const std::string name = list_name(prefix, packed.key(i));
+      const std::string name = list_name(prefix, *store_.names.intern(packed.key(i)));
       if (kind_of(packed.child(i)) == CFG_LIST) lists.emplace(name, packed.child(i));
       if (kind_of(packed.child(i)) == CFG_MAP) collect(packed.child(i), name, depth + 1, lists);
     }
@@ -285,7 +285,7 @@ int cfg_import(cfg *store, cfg_import_source source, void *context) noexcept {
     if (document == nullptr) {
       return store->fail(CFG_E_FORMAT, "the text is no JSON: line %d: %s", error.line, error.text);
     }
-    auto edit = std::make_unique<Edit>();
+    auto edit = std::make_unique<Edit>(store->born.size());
     MapNode *imported = nullptr;
     try {
       imported = Importer(*store, edit->nodes).root(document.get());

@@ -10,7 +10,7 @@ namespace {
 
 std::vector<Case> all() {
   const std::span<const Case> families[] = {
-      system_cases, certificate_cases, node_cases, enrollment_cases, tag_cases,
+      system_cases, certificate_cases, node_cases, node_runtime_cases, enrollment_cases, tag_cases,
   };
   std::vector<Case> rows;
   for (const auto family : families) rows.insert(rows.end(), family.begin(), family.end());
