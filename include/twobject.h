@@ -22,5 +22,6 @@
 #include <twobject/node_runtime.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>
+#include <twobject/template.h>
 
 #endif

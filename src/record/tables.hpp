@@ -37,6 +37,12 @@ inline constexpr const tables *all_tables[] = {
     &certificate_tables, &node_load_tables, &etag_tables,   &node_save_tables, &enrollment_tables,
     &tag_tables,         &tag_value_tables, &physif_tables, &conn_tables,      &external_endpoint_tables,
     &boot_flag_tables,
+extern const tables template_tables;
+
+// All of them, in the order of the dump.
+inline constexpr const tables *all_tables[] = {
+    &certificate_tables, &node_load_tables, &etag_tables,      &node_save_tables,
+    &enrollment_tables,  &tag_tables,       &tag_value_tables, &template_tables,
 };
 
 }  // namespace tw
