@@ -8,6 +8,7 @@
 #include <cstring>
 #include <memory>
 
+#include "record/memory_watch.hpp"
 #include "record/text.hpp"
 
 namespace {
@@ -72,11 +73,17 @@ char *cfg_net_external_address_from_os(cfg *store) noexcept {
 }
 
 char *cfg_net_get_external_address_from_cfg_or_os(cfg *store) noexcept {
+  const tw::memory_watch memory;
   cfg_net_external_endpoint_list *list = cfg_net_get_external_endpoint_list(store);
   cfg_net_external_endpoint *first =
       cfg_net_get_external_endpoint_by_id(store, cfg_net_get_external_endpoint(list, 0));
   const char *address = cfg_net_external_endpoint_get_address(first);
-  char *result = address ? strdup(address) : cfg_net_external_address_from_os(store);
+  // An endpoint that memory was too short to read is not passed over.
+  char *result = nullptr;
+  if (address)
+    result = strdup(address);
+  else if (!memory.ran_short())
+    result = cfg_net_external_address_from_os(store);
   cfg_net_external_endpoint_free(first);
   cfg_net_external_endpoint_list_free(list);
   return result;

@@ -8,10 +8,12 @@
 
 #include "network/label.hpp"
 #include "record/boundary.hpp"
+#include "record/memory_watch.hpp"
 
 namespace {
 
 constexpr char conns[] = "system_net_conns";
+constexpr char conns_path[] = "system.net.conns";
 
 struct condition_free {
   void operator()(cfg_condition *condition) const noexcept { cfg_free_conditions(condition); }
@@ -55,10 +57,13 @@ bool labels_of(cfg *store, cfg_elem *found, std::string &names) {
   return true;
 }
 
-char *interfaces_list(cfg *store, cfg_elem *found) noexcept {
+// The result of a search as a list of labels. What memory was too short to find must not look like nothing.
+char *interfaces_list(cfg *store, cfg_condition *condition) noexcept {
+  const tw::memory_watch memory;
   return tw::guarded([&]() -> char * {
     std::string names;
-    return labels_of(store, found, names) ? strdup(names.c_str()) : nullptr;
+    if (!labels_of(store, cfg_search(store, conns, condition), names) || memory.ran_short()) return nullptr;
+    return strdup(names.c_str());
   });
 }
 
@@ -78,15 +83,19 @@ char *cfg_get_interface_name_from_conn_name(cfg *store, const char *name) noexce
 }
 
 char *cfg_get_interfaces_list_from_condition(cfg *store, cfg_condition *condition) noexcept {
-  cfg_elem *found = cfg_search(store, conns, condition);
-  // Callers do not free a tree for which there was nothing to search.
-  if (!found) cfg_free_conditions(condition);
-  return found ? interfaces_list(store, found) : nullptr;
+  // Callers do not free a tree for which there was nothing to search; one that was not searched for want of
+  // memory stays theirs.
+  const tw::memory_watch memory;
+  if (!cfg_get_by_path(store, conns_path)) {
+    if (!memory.ran_short()) cfg_free_conditions(condition);
+    return nullptr;
+  }
+  return interfaces_list(store, condition);
 }
 
 char *cfg_get_interfaces_list_from_mode(cfg *store, const char *mode) noexcept {
   const condition_tree of_mode = text_is("mode", CFG_OP_EQUAL, mode);
-  return of_mode ? interfaces_list(store, cfg_search(store, conns, of_mode.get())) : nullptr;
+  return of_mode ? interfaces_list(store, of_mode.get()) : nullptr;
 }
 
 char *cfg_get_interfaces_list_from_mode_exclude_default(cfg *store, const char *mode,
@@ -95,5 +104,5 @@ char *cfg_get_interfaces_list_from_mode_exclude_default(cfg *store, const char *
   if (!add(others, text_is("mode", CFG_OP_EQUAL, mode)) ||
       !add(others, text_is("name", CFG_OP_NOT_EQUAL, name)))
     return nullptr;
-  return interfaces_list(store, cfg_search(store, conns, others.get()));
+  return interfaces_list(store, others.get());
 }
