@@ -20,6 +20,7 @@
 #include <twobject/node.h>
 #include <twobject/ntp.h>
 #include <twobject/node_runtime.h>
+#include <twobject/search.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>
 #include <twobject/template.h>

@@ -10,6 +10,7 @@ namespace {
 
 std::vector<Case> all() {
   // One to a line, so that families can be added side by side.
+  // One on a line, so that families can be added side by side.
   // clang-format off
   const std::span<const Case> families[] = {
       system_cases,
@@ -21,6 +22,8 @@ std::vector<Case> all() {
       template_cases,
       network_cases,
       service_cases,
+      search_cases,
+      tag_cases,
   };
   // clang-format on
   std::vector<Case> rows;
