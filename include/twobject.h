@@ -18,8 +18,8 @@
 #include <twobject/net_conn.h>
 #include <twobject/net_physif.h>
 #include <twobject/node.h>
-#include <twobject/ntp.h>
 #include <twobject/node_runtime.h>
+#include <twobject/ntp.h>
 #include <twobject/search.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>
