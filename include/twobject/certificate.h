@@ -54,9 +54,9 @@ TW_API int cfg_certificate_expire_now(cfg_certificate *certificate) TW_NOEXCEPT;
  * Saves the record. A record without ID is appended to "certificates" as a pending entry, gets its ID and is
  * written whole. Of a record with ID only "revoke_time" is written (deleted while it is not revoked): an
  * issued certificate, its key and its name never change.
- * @return 0 for a new record without certificate or key, or when "certificates" is missing or a write of
- * these fails: an entry that was begun stays in the edit, which the caller abandons, and the record keeps its
- * ID. Otherwise 1, for a record with ID even when its element is gone.
+ * @return 0 when memory runs out, for a new record without certificate or key, and when "certificates" is
+ * missing or a write of these fails: an entry that was begun stays in the edit, which the caller abandons,
+ * and the record keeps its ID. Otherwise 1, for a record with ID even when its element is gone.
  */
 TW_API int cfg_certificate_save(cfg_certificate *certificate) TW_NOEXCEPT;
 

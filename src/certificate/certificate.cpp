@@ -7,6 +7,7 @@
 
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
+#include "record/memory_watch.hpp"
 #include "record/owned_certificate.hpp"
 #include "record/tables.hpp"
 
@@ -83,8 +84,9 @@ int cfg_certificate_save(cfg_certificate *record) noexcept {
     if (!elem || !record->cert || !record->private_key) return 0;
     if (!tw::store(issued, *record, record->cfg, elem)) return 0;
   }
+  const tw::memory_watch memory;
   tw::store(state, *record, record->cfg, tw::element_of(*record));
-  return 1;
+  return !memory.ran_short();
 }
 
 void cfg_certificate_free(cfg_certificate *record) noexcept {

@@ -5,6 +5,7 @@
 #include <twconfig/read.h>
 
 #include "nodes/node.hpp"
+#include "record/memory_watch.hpp"
 
 namespace {
 
@@ -21,27 +22,27 @@ constexpr cfg_keyset tag_name{name_key, 1};
 
 // Follows a reference to its tag value and, when the tag above that is named "Bundle", takes the value's
 // text. A later match replaces an earlier one.
-bool take_bundle(cfg_node &node, cfg_elem *reference) noexcept {
+bool take_bundle(cfg *store, cfg_elem *reference, tw::text &name) noexcept {
   cfg_value target;
   if (!cfg_elem_read(reference, &target) || target.kind != CFG_REFERENCE) return true;
-  cfg_elem *value = cfg_get_by_id(node.cfg, target.data);
-  cfg_elem *tag = cfg_get_parent_elem(node.cfg, cfg_get_parent_elem(node.cfg, value));
+  cfg_elem *value = cfg_get_by_id(store, target.data);
+  cfg_elem *tag = cfg_get_parent_elem(store, cfg_get_parent_elem(store, value));
   const char *bundle = text_of(value, value_text);
   if (!bundle || !tw::same(text_of(tag, tag_name), "Bundle")) return true;
-  return node.enrollment_bundle.assign(bundle, std::strlen(bundle));
+  return name.assign(bundle, std::strlen(bundle));
 }
 
 // The tags as they will be after the commit: the committed references first, the pending ones behind them.
-bool walk_tags(cfg_node &node, cfg_elem *tags) noexcept {
+bool walk_tags(cfg *store, cfg_elem *tags, tw::text &name) noexcept {
   int32_t size = 0;
   if (cfg_list_size(tags, &size)) {
     for (int32_t i = 0; i < size; ++i) {
-      if (!take_bundle(node, cfg_simple_get_listelem(node.cfg, tags, i))) return false;
+      if (!take_bundle(store, cfg_simple_get_listelem(store, tags, i), name)) return false;
     }
   }
   if (cfg_list_future_size(tags, &size)) {
     for (int32_t i = 0; i < size; ++i) {
-      if (!take_bundle(node, cfg_get_future_listelem(tags, i))) return false;
+      if (!take_bundle(store, cfg_get_future_listelem(tags, i), name)) return false;
     }
   }
   return true;
@@ -52,8 +53,12 @@ bool walk_tags(cfg_node &node, cfg_elem *tags) noexcept {
 const char *cfg_node_get_enrollment_bundle(cfg_node *node) noexcept {
   if (!node) return nullptr;
   if (!node->enrollment_bundle) {
-    if (!walk_tags(*node, cfg_simple_get_mapelem(node->cfg, tw::element_of(*node), "tags"))) return nullptr;
-    if (!node->enrollment_bundle) node->enrollment_bundle.set("Global");
+    const tw::memory_watch memory;
+    tw::text name;
+    cfg_elem *tags = cfg_simple_get_mapelem(node->cfg, tw::element_of(*node), "tags");
+    if (!walk_tags(node->cfg, tags, name) || memory.ran_short()) return nullptr;
+    if (!name) name.set("Global");
+    node->enrollment_bundle = std::move(name);
   }
   return node->enrollment_bundle.c_str();
 }

@@ -2,6 +2,7 @@
 #include "nodes/enrollment.hpp"
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
+#include "record/memory_watch.hpp"
 #include "record/tables.hpp"
 
 namespace {
@@ -104,13 +105,14 @@ const tw::tables tw::enrollment_tables = lists;
 cfg_enrollment *cfg_enrollment_get_by_id(cfg *store, const char *id) noexcept {
   cfg_elem *elem = cfg_get_by_id(store, id);
   if (!elem) return nullptr;
+  const tw::memory_watch memory;  // whole or not at all, as in tw::load_node()
   auto record = tw::new_view<cfg_enrollment>(store);
   // The ID is kept as it was given, a provisional one too, until cfg_enrollment_get_uuid() looks it up anew:
   // a save before that still names a "tarnwell" node "tempname".
   if (!record || !record->uuid.set(id)) return nullptr;
   const bool loaded =
       tw::guarded([&] { return tw::load(load_common, *record, elem) && load_kind(*record, elem); });
-  return loaded ? record.release() : nullptr;
+  return loaded && !memory.ran_short() ? record.release() : nullptr;
 }
 
 int cfg_enrollment_save(cfg_enrollment *enrollment) noexcept {

@@ -2,6 +2,7 @@
 #include "nodes/node.hpp"
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
+#include "record/memory_watch.hpp"
 #include "record/tables.hpp"
 
 namespace {
@@ -41,6 +42,7 @@ bool tw::load_etags(cfg_node &node, cfg_elem *elem) {
     std::vector<cfg_etag> etags;
     bool complete = true;
   } list;
+  const memory_watch memory;
   cfg_child_scan(
       elem, "etags", &etag_keys.keys,
       [](void *context, const char *id, const cfg_value *values) {
@@ -52,7 +54,7 @@ bool tw::load_etags(cfg_node &node, cfg_elem *elem) {
         return self.complete ? 1 : 0;
       },
       &list);
-  if (!list.complete) return false;
+  if (!list.complete || memory.ran_short()) return false;
   node.etags = std::move(list.etags);
   return true;
 }

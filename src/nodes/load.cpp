@@ -1,12 +1,14 @@
 // Loading a node whole, by element, by ID, by index and several at once.
-#include "nodes/node.hpp"
+#include "nodes/node_rows.hpp"
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
+#include "record/memory_watch.hpp"
 #include "record/tables.hpp"
 
 namespace {
 
 using node = cfg_node;
+namespace rows = tw::node_rows;
 
 // Only "tarnwell" nodes hold a certificate; the product stands above it in the list.
 bool load_certificate(void *record, const cfg_value &reference) {
@@ -14,26 +16,14 @@ bool load_certificate(void *record, const cfg_value &reference) {
   return tw::load_certificate<&node::certificate>(record, reference);
 }
 
-// Of an optional key only a value of the right kind counts: "name" and "status" alone decide whether a node
-// can be loaded. The look-ups rely on it; they judge nodes that they pass over by these two keys.
-constexpr tw::load_list common({
-    mandatory(tw::string_row<&node::name>("name")),
-    mandatory(tw::string_row<&node::status>("status")),
-    lenient(tw::reference_row<&node::bundle_id>("bundle")),
-    lenient(tw::string_row<&node::description>("description")),
-    lenient(tw::string_row<&node::product>("product")),
-    lenient(tw::string_row<&node::mac_address>("mac_address")),
-    lenient(tw::string_row<&node::fhvpn_address>("fhvpn_address")),
-    lenient(tw::string_row<&node::firmware_version>("firmware_version")),
-    lenient(tw::string_row<&node::model>("model")),
-    lenient(tw::string_row<&node::serial_number>("serial_number")),
-    lenient(tw::bool_row<&node::approved>("approved")),
-    lenient(tw::hook_row<node>("cert", CFG_REFERENCE, load_certificate, "load_certificate")),
-});
+constexpr auto product = lenient(tw::string_row<&node::product>("product"));
+constexpr auto certificate =
+    lenient(tw::hook_row<node>("cert", CFG_REFERENCE, load_certificate, "load_certificate"));
 
-constexpr tw::load_list tarnwell_ssh({
-    lenient(tw::int_row<&node::ssh_port>("port")),
-});
+constexpr tw::load_list common({rows::name, rows::status, rows::bundle, rows::description, product,
+                                rows::mac_address, rows::fhvpn_address, rows::firmware_version, rows::model,
+                                rows::serial_number, rows::approved, certificate});
+constexpr tw::load_list tarnwell_ssh({rows::ssh_port});
 
 constexpr auto address = lenient(tw::string_row<&node::address>("address"));
 constexpr auto username = lenient(tw::string_row<&node::username>("username"));
@@ -79,10 +69,13 @@ constexpr tw::named_list lists[] = {
 const tw::tables tw::node_load_tables = lists;
 
 std::unique_ptr<cfg_node> tw::load_node(cfg *store, cfg_elem *elem) noexcept {
+  // What is missing or broken in the store leaves fields empty. What could not be read for want of memory
+  // must not look like that: saved again, it would be lost.
+  const memory_watch memory;
   auto record = new_view<node>(store, elem);
   const bool loaded =
       record && guarded([&] { return tw::load(common, *record, elem) && load_kind(*record, elem); });
-  return loaded ? std::move(record) : nullptr;
+  return loaded && !memory.ran_short() ? std::move(record) : nullptr;
 }
 
 cfg_node *cfg_get_node_by_id(cfg *store, const char *id) noexcept {

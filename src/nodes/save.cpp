@@ -1,31 +1,17 @@
 // Writing a node back into its element, and the generic writers.
-#include "nodes/node.hpp"
+#include "nodes/node_rows.hpp"
 #include "record/engine.hpp"
 #include "record/tables.hpp"
 
 namespace {
 
 using node = cfg_node;
+namespace rows = tw::node_rows;
 
-constexpr tw::store_list first({
-    tw::string_row<&node::name>("name"),
-    tw::reference_row<&node::bundle_id>("bundle"),
-    tw::string_row<&node::status>("status"),
-    tw::bool_row<&node::approved>("approved"),
-});
-constexpr tw::store_list tarnwell({
-    tw::string_row<&node::description>("description"),
-    tw::string_row<&node::fhvpn_address>("fhvpn_address"),
-});
-constexpr tw::store_list tarnwell_ssh({
-    tw::int_row<&node::ssh_port>("port"),
-});
-constexpr tw::store_list last({
-    tw::string_row<&node::firmware_version>("firmware_version"),
-    tw::string_row<&node::model>("model"),
-    tw::string_row<&node::serial_number>("serial_number"),
-    tw::string_row<&node::mac_address>("mac_address"),
-});
+constexpr tw::store_list first({rows::name, rows::bundle, rows::status, rows::approved});
+constexpr tw::store_list tarnwell({rows::description, rows::fhvpn_address});
+constexpr tw::store_list tarnwell_ssh({rows::ssh_port});
+constexpr tw::store_list last({rows::firmware_version, rows::model, rows::serial_number, rows::mac_address});
 
 constexpr tw::named_list lists[] = {
     {"node save, first", first},

@@ -2,27 +2,30 @@
 
 #include <openssl/asn1.h>
 #include <openssl/bio.h>
+#include <twconfig/store.h>
 
 #include <memory>
 
 namespace tw {
 
+// What is no map holds no key: the one failure that leaves nothing to remove.
+int delete_map_key(cfg *store, cfg_elem *map, const char *key) noexcept {
+  return cfg_map_delete_key(store, map, key) || cfg_error_code(store) == CFG_E_ARGUMENT;
+}
+
 int store_map_string(cfg *store, cfg_elem *map, const char *key, const char *value) noexcept {
   if (value) return cfg_map_set_string(store, map, key, value);
-  cfg_map_delete_key(store, map, key);
-  return 1;
+  return delete_map_key(store, map, key);
 }
 
 int store_map_reference(cfg *store, cfg_elem *map, const char *key, const char *id) noexcept {
   if (id) return cfg_map_set_reference(store, map, key, id);
-  cfg_map_delete_key(store, map, key);
-  return 1;
+  return delete_map_key(store, map, key);
 }
 
 int store_map_blob(cfg *store, cfg_elem *map, const char *key, const void *data, size_t length) noexcept {
   if (data) return cfg_map_set_blob(store, map, key, data, length);
-  cfg_map_delete_key(store, map, key);
-  return 1;
+  return delete_map_key(store, map, key);
 }
 
 int get_child_string(cfg *store, cfg_elem *elem, const char *path, text *out) noexcept {

@@ -30,8 +30,9 @@ int set_string(basic_text<Wiped> *dest, const char *value) noexcept {
   return dest->set(value);
 }
 
-// ---- Writing a key: NULL deletes it, which always succeeds. 1 or 0. ----
+// ---- Writing a key: NULL deletes it, which succeeds when the key is absent, or the map. 1 or 0. ----
 
+int delete_map_key(cfg *store, cfg_elem *map, const char *key) noexcept;
 int store_map_string(cfg *store, cfg_elem *map, const char *key, const char *value) noexcept;
 int store_map_reference(cfg *store, cfg_elem *map, const char *key, const char *id) noexcept;
 int store_map_blob(cfg *store, cfg_elem *map, const char *key, const void *data, size_t length) noexcept;

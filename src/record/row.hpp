@@ -125,9 +125,8 @@ constexpr row_of<Member> nonzero_row(const char *key) {
   row_of<Member> r = int_row<Member>(key);
   r.store = [](cfg *store, cfg_elem *map, const char *k, const void *record) {
     const auto value = member_of<Member>::of(record);
-    if (value != 0) return cfg_map_set_int(store, map, k, static_cast<int32_t>(value)) != 0;
-    cfg_map_delete_key(store, map, k);
-    return true;
+    return (value != 0 ? cfg_map_set_int(store, map, k, static_cast<int32_t>(value))
+                       : delete_map_key(store, map, k)) != 0;
   };
   r.rule = "0 deletes";
   return r;

@@ -27,8 +27,9 @@ extern const tables node_load_tables;
 extern const tables node_save_tables;
 
 // All of them, in the order of the dump.
-inline constexpr const tables *all_tables[] = {&certificate_tables, &node_load_tables, &etag_tables,
-                                               &node_save_tables, &enrollment_tables};
+inline constexpr const tables *all_tables[] = {
+    &certificate_tables, &node_load_tables, &etag_tables, &node_save_tables, &enrollment_tables,
+};
 
 }  // namespace tw
 

@@ -1,5 +1,7 @@
 #include "record/view.hpp"
 
+#include "record/memory_watch.hpp"
+
 namespace tw {
 
 bool take_uuid(text &id, cfg_elem *elem) noexcept {
@@ -28,14 +30,17 @@ cfg_elem *append_new_element(object_view &view, const char *path) noexcept {
 }
 
 cfg_elem *need_map(cfg *store, cfg_elem *parent, const char *key) noexcept {
+  const memory_watch memory;
   if (cfg_get_mapelem(parent, key)) return cfg_simple_get_mapelem(store, parent, key);
+  if (memory.ran_short()) return nullptr;
   cfg_elem *map = cfg_new_map(store);
   return map && cfg_add_mapelem(store, parent, key, map) ? map : nullptr;
 }
 
 int32_t collection_count(cfg *store, const char *path) noexcept {
+  const memory_watch memory;
   cfg_elem *list = cfg_get_by_path(store, path);
-  if (!list) return 0;
+  if (!list) return memory.ran_short() ? -1 : 0;
   int32_t size = 0;
   return cfg_list_size(list, &size) ? size : -1;
 }

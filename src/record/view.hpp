@@ -52,11 +52,11 @@ const char *refreshed_uuid(object_view &view) noexcept;
 cfg_elem *append_new_element(object_view &view, const char *path) noexcept;
 
 // The map under a key of another map, made and attached when the key is absent. NULL when it cannot be made,
-// and when the key holds something that cannot be opened.
+// when the key holds something that cannot be opened, and when memory is too short to tell.
 cfg_elem *need_map(cfg *store, cfg_elem *parent, const char *key) noexcept;
 
 // Number of committed entries of the list at `path`. The two failures differ, and callers tell them apart: 0
-// without such an element, -1 when it is there and its size cannot be read.
+// without such an element, -1 when it is there and its size cannot be read, or memory is too short to tell.
 int32_t collection_count(cfg *store, const char *path) noexcept;
 
 // The committed entry at a 0-based index of the list at `path`, or NULL.

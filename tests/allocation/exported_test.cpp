@@ -9,9 +9,14 @@ namespace allocation {
 namespace {
 
 std::vector<Case> all() {
+  const std::span<const Case> families[] = {
+      system_cases,
+      certificate_cases,
+      node_cases,
+      enrollment_cases,
+  };
   std::vector<Case> rows;
-  for (const auto family : {system_cases, certificate_cases, node_cases, enrollment_cases})
-    rows.insert(rows.end(), family.begin(), family.end());
+  for (const auto family : families) rows.insert(rows.end(), family.begin(), family.end());
   return rows;
 }
 

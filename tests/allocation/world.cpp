@@ -162,7 +162,9 @@ class Seed {
     reference(tarnwell, "bundle", "enrollment_bundles-1");
     reference(tarnwell, "cert", certificate);
     text(tarnwell, "package_password", "the package's password");
-    number(map(tarnwell, "ssh"), "port", 2222);
+    cfg_elem *ssh = map(tarnwell, "ssh");
+    number(ssh, "port", 2222);
+    text(ssh, "banner", "welcome");
     check(cfg_add_listelem(store, list(tarnwell, "tags"), cfg_new_reference(store, tag_value.c_str())));
 
     cfg_elem *generic = node(nodes, "generic");
@@ -244,7 +246,10 @@ World::~World() {
   cfg_enrollment_free(generic_enrollment);
   free_whole(certificate);
   cfg_close(store);
+  cfg_close(unread);
 }
+
+void World::open_unread() { unread = directory().open(); }
 
 bool World::store_is_as_before() {
   cfg_abandon(store);

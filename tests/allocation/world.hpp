@@ -29,7 +29,11 @@ class World {
   // Drops the edit; true when the store then reads as it did at first.
   bool store_is_as_before();
 
+  // For calls that allocate only when they are the first on their handle.
+  void open_unread();
+
   cfg *store = nullptr;
+  cfg *unread = nullptr;                         // another handle on the same store, once it is opened
   cfg_node *node = nullptr;                      // kTarnwell
   cfg_node *generic = nullptr;                   // kGeneric
   cfg_enrollment *enrollment = nullptr;          // kTarnwell

@@ -110,6 +110,16 @@ TEST_F(Helpers, WritersWriteAndNullDeletes) {
   }
 }
 
+TEST_F(Helpers, WhatIsNoMapHasNothingToDelete) {
+  ASSERT_TRUE(cfg_map_set_int(store.get(), root, "number", 1));
+  for (cfg_elem *elem :
+       {static_cast<cfg_elem *>(nullptr), cfg_simple_get_mapelem(store.get(), root, "number")}) {
+    EXPECT_EQ(1, tw::store_map_string(store.get(), elem, "s", nullptr));
+    EXPECT_EQ(1, tw::store_map_reference(store.get(), elem, "r", nullptr));
+    EXPECT_EQ(1, tw::store_map_blob(store.get(), elem, "b", nullptr, 0));
+  }
+}
+
 TEST_F(Helpers, WritingIntoNoMapFails) {
   EXPECT_EQ(0, tw::store_map_string(store.get(), nullptr, "s", "text"));
   EXPECT_EQ(0, tw::store_map_reference(store.get(), nullptr, "r", "nodes-1"));
