@@ -55,8 +55,8 @@ std::string key_path(const std::string &map, const KeyName &key) {
   return map.empty() ? escape_key(key.text) : map + '.' + escape_key(key.text);
 }
 
-std::string entry_path(const std::string &list, std::uint32_t number) {
-  return list + '[' + std::to_string(number) + ']';
+std::string entry_path(std::string_view list, std::uint32_t number) {
+  return std::string(list) + '[' + std::to_string(number) + ']';
 }
 
 std::string path_of(const Head *head) {

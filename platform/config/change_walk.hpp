@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "store.hpp"
 
@@ -11,17 +12,17 @@ namespace twcfg {
 struct Change {
   enum Kind { kSet, kAdded, kRemoved, kAppended };
   Kind kind;
-  std::string path;    // of the element; of the list for kAppended
-  std::uint64_t seen;  // revision that the author of the change saw
-  const Node *node;    // the new element; NULL for kRemoved
-  Found old;           // what stands there in the snapshot, where that is known
+  std::string_view path;  // of the element; of the list for kAppended
+  std::uint64_t seen;     // revision that the author of the change saw
+  const Node *node;       // the new element; NULL for kRemoved
+  Found old;              // what stands there in the snapshot, where that is known
 };
 using ChangeVisitor = std::function<void(const Change &)>;
 
 // The path of an element that is committed, or stands below one by keys.
 std::string path_of(const Head *head);
 std::string key_path(const std::string &map, const KeyName &key);
-std::string entry_path(const std::string &list, std::uint32_t number);
+std::string entry_path(std::string_view list, std::uint32_t number);
 
 // Calls `visit` for every change of the edit that still has its place. New entries are told as kAppended.
 void walk_changes(Store &store, const ChangeVisitor &visit);

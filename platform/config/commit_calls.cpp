@@ -37,23 +37,6 @@ bool checked_note(Store &store, const cfg_commit_note *note, Note &out) {
 }
 
 std::string log_entry(Store &store, const Note &note) {
-  std::vector<std::pair<char, std::string>> changes;
-  walk_changes(store, [&](const Change &change) {
-    switch (change.kind) {
-      case Change::kSet:
-        changes.emplace_back('=', change.path);
-        break;
-      case Change::kAdded:
-        changes.emplace_back('+', change.path);
-        break;
-      case Change::kRemoved:
-        changes.emplace_back('-', change.path);
-        break;
-      case Change::kAppended:
-        changes.emplace_back('+', entry_path(change.path, change.node->assigned));
-        break;
-    }
-  });
   LoggedCommit logged;
   logged.time_ms = std::chrono::duration_cast<std::chrono::milliseconds>(
                        std::chrono::system_clock::now().time_since_epoch())
@@ -61,41 +44,39 @@ std::string log_entry(Store &store, const Note &note) {
   logged.who = note.who;
   logged.why = note.why;
   logged.token = note.token;
-  for (const auto &[op, path] : changes) logged.changes.push_back({op, path});
-  return encode_commit(logged);
+  std::string entry = encode_commit(logged);
+  walk_changes(store, [&](const Change &change) {
+    switch (change.kind) {
+      case Change::kSet:
+        return add_change(entry, {'=', change.path});
+      case Change::kAdded:
+        return add_change(entry, {'+', change.path});
+      case Change::kRemoved:
+        return add_change(entry, {'-', change.path});
+      case Change::kAppended:
+        return add_change(entry, {'+', entry_path(change.path, change.node->assigned)});
+    }
+  });
+  return entry;
 }
 
-// Where the elements behind handles of new elements stand after the commit. It is worked out before the
-// commit, so that nothing can fail behind it.
-struct Place {
-  Head *head;
-  Head *holder;
-  const KeyName *key;
-  std::uint32_t number;
-};
-
-std::vector<Place> places(const Store &store) {
-  std::vector<Place> found;
-  found.reserve(store.edit->born.size());
-  for (Head *head : store.edit->born) {
+// Notes in the handles of new elements where these will stand. It is done before the commit, so that nothing
+// can fail behind it.
+void foresee_places(Store &store) {
+  for (std::size_t i = store.edit->first_born; i < store.born.size(); ++i) {
+    Head *head = store.born[i];
     const Node *node = head->node;
-    Head *holder = node == nullptr || node->dead ? nullptr : holder_of(head);
-    if (holder != nullptr)
-      found.push_back({head, holder, node->key, node->number != 0 ? node->number : node->assigned});
+    head->parent = node == nullptr || node->dead ? nullptr : holder_of(head);
+    if (head->parent == nullptr) continue;
+    head->key = node->key;
+    head->number = node->number != 0 ? node->number : node->assigned;
   }
-  return found;
 }
 
 // What is left to do when the edit is in the store, or when there is none: the next call reads the newest
 // revision.
-void finish(Store &store, const std::vector<Place> &committed) noexcept {
-  for (const Place &place : committed) {
-    place.head->parent = place.holder;
-    place.head->key = place.key;
-    place.head->number = place.number;
-    place.head->committed = true;
-  }
-  store.drop_edit();
+void finish(Store &store, bool committed) noexcept {
+  store.drop_edit(committed);
   store.drop_results();
   store.messages.clear();
   store.move_to(nullptr);
@@ -122,12 +103,12 @@ int commit(Store &store, const Note &note) {
       if (write.remove && write.expected == 0) continue;
       request.writes.push_back({key, write.expected, write.bytes, write.remove});
     }
-    const std::vector<Place> committed = places(store);
+    foresee_places(store);
     const CommitResult result = store.engine->commit(request);
     if (result.failure) return store.fail(result.failure);
     if (result.stale) continue;
     store.committed = result.revision;
-    finish(store, result.repeated ? std::vector<Place>{} : committed);
+    finish(store, !result.repeated);  // needs no memory: what is in the store must not be told as failed
     return 1;
   }
   return store.fail(CFG_E_CONFLICT, "conflict: other commits came first %d times in a row", kAttempts);
@@ -205,12 +186,12 @@ int cfg_commit(cfg *store, const cfg_commit_note *note) noexcept {
       if (newest == nullptr) return store->fail(failure);
       if (const std::uint64_t made = newest->find_token(checked.token)) {
         store->committed = made;
-        finish(*store, {});
+        finish(*store, false);
         return 1;
       }
     }
     if (!has_changes(*store)) {
-      finish(*store, {});
+      finish(*store, false);
       return 1;
     }
     return commit(*store, checked);

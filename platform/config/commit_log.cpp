@@ -39,11 +39,12 @@ std::string encode_commit(const LoggedCommit &commit) {
   put_text(out, commit.who);
   put_text(out, commit.why);
   put_text(out, commit.token);
-  for (const LoggedChange &change : commit.changes) {
-    out += change.op;
-    put_text(out, change.path);
-  }
   return out;
+}
+
+void add_change(std::string &entry, const LoggedChange &change) {
+  entry += change.op;
+  put_text(entry, change.path);
 }
 
 bool decode_commit(std::string_view bytes, LoggedCommit &commit) {

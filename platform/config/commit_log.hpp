@@ -19,7 +19,9 @@ struct LoggedCommit {
   std::vector<LoggedChange> changes;
 };
 
+// The start of an entry, and what follows for each change; `commit.changes` is not looked at.
 std::string encode_commit(const LoggedCommit &commit);
+void add_change(std::string &entry, const LoggedChange &change);
 // False when the bytes are no log entry. The texts are borrowed from the bytes.
 bool decode_commit(std::string_view bytes, LoggedCommit &commit);
 

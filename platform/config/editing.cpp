@@ -46,9 +46,14 @@ int height(const Node *node) {
   return below + 1;
 }
 
-int depth_of(Head *head) {
+int depth_of(const Head *head) {
   int depth = 0;
-  for (; head != nullptr && depth <= kMaxDepth; head = holder_of(head)) ++depth;
+  for (; head != nullptr && depth <= kMaxDepth; head = head->parent) {
+    ++depth;
+    const Node *top = head->node;
+    for (; top != nullptr && top->parent != nullptr; top = top->parent) ++depth;
+    if (top != nullptr && top->head != nullptr) head = top->head;
+  }
   return depth;
 }
 
@@ -153,7 +158,8 @@ bool set_item(Head *map, std::string_view key, Node *value) {
     if (node->items.size() >= kMaxMapKeys) {
       return store.fail(CFG_E_LIMIT, "a map has at most %zu keys", kMaxMapKeys) != 0;
     }
-    node->items.push_back({name, value, nullptr, seen});
+    if (node->items.empty()) node->items.reserve(4);  // most maps grow to more
+    node->add({name, value, nullptr, seen});
   } else {
     // Writing the value that is stored is no change, or takes a change back: records can be saved whole
     // without conflicts.
@@ -165,7 +171,7 @@ bool set_item(Head *map, std::string_view key, Node *value) {
       return true;
     }
     detach(store, item->node);
-    item->node = value;
+    node->put(*item, value);
     item->changed = seen;
   }
   value->born = true;
@@ -196,13 +202,19 @@ bool clear_list(Head *list) {
   ListNode *node = edit_list(list);
   if (node == nullptr) return false;
   const std::uint64_t seen = store.snapshot->revision();
+  // What needs memory comes first: a list is emptied whole or not at all.
+  std::vector<Key> stored;
   if (node->distant != 0) {
     const auto cursor = store.snapshot->cursor();
     for (bool more = cursor->seek(make_key(node->distant, 1));
          more && space_of(cursor->key()) == node->distant; more = cursor->next()) {
-      node->remove_number(item_of(cursor->key()), seen);
-      store.edit->records.erase(cursor->key());
+      stored.push_back(cursor->key());
     }
+  }
+  node->removed.reserve(node->removed.size() + stored.size() + node->entries.size());
+  for (const Key key : stored) {
+    node->remove_number(item_of(key), seen);
+    store.edit->records.erase(key);
   }
   for (Node *entry : node->entries) {
     node->remove_number(entry->number, seen);

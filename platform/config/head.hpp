@@ -22,7 +22,7 @@ struct SearchResult;
 
 struct Head {
   ::cfg *store = nullptr;
-  Head *parent = nullptr;        // holder; NULL for the root, for new elements and search results
+  Head *parent = nullptr;        // holder; NULL for the root and search results; see `committed`
   Head *record = nullptr;        // head of the record that the binding lies in: itself, or one further up
   const KeyName *key = nullptr;  // step from the holder: a key ...
   std::uint32_t number = 0;      // ... or the number of a list entry
@@ -35,8 +35,8 @@ struct Head {
   Packed stored;                 // binding in the snapshot
 
   bool born = false;               // made by cfg_new_*: its ID is provisional
+  bool committed = false;          // of a born head: holder and step, unused before, say where its element is
   Head *forward = nullptr;         // of a born head: the head of the committed element, once someone asked
-  bool committed = false;          // of a born head: holder and step say where its element stands now
   SearchResult *result = nullptr;  // of a list made by cfg_search()
 
   const char *id() const { return reinterpret_cast<const char *>(this + 1); }

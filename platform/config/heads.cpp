@@ -17,7 +17,7 @@ constexpr char kEmptyRecord[] = {kRecordFormat, 0, kTagSpelled, 0, 0, 0, 0};
 const Packed kEmptyRoot = packed_record({kEmptyRecord, sizeof kEmptyRecord});
 
 Head *allocate(Store &store, std::string_view id) {
-  void *block = store.head_arena.allocate(sizeof(Head) + id.size() + 1, alignof(Head));
+  void *block = store.head_arena.take(sizeof(Head) + id.size() + 1, alignof(Head));
   Head *head = new (block) Head;
   head->store = &store;
   head->record = head;
@@ -212,8 +212,7 @@ Head *born_by_id(Store &store, std::string_view id) {
   const auto parsed = std::from_chars(id.data() + store.nonce.size(), end, number);
   if (parsed.ec != std::errc() || parsed.ptr != end || number >= store.born.size()) return nullptr;
   Head *head = store.born[number];
-  return head == nullptr || id.substr(0, close + 1) != head->id() ? nullptr
-                                                                  : below(bound(head), id.substr(close + 1));
+  return id.substr(0, close + 1) != head->id() ? nullptr : below(bound(head), id.substr(close + 1));
 }
 
 }  // namespace
@@ -263,12 +262,18 @@ Head *bound(Head *head) {
           head->key != nullptr ? child_of(holder, head->key->text) : entry_of(holder, head->number);
       return head->forward;
     }
-    return head->node != nullptr && !head->node->dead && anchored(*head->node) ? head : nullptr;
+    if (head->node == nullptr || head->node->dead) return nullptr;
+    // Whatever removes an element without reaching the new ones below it moves the generation.
+    if (head->generation != store.generation) {
+      if (!anchored(*head->node)) return nullptr;
+      head->generation = store.generation;
+    }
+    return head;
   }
   if (head->record->generation != store.generation || !store.in_own_process()) {
     if (!store.reading()) return nullptr;
     if (head->record->born) {
-      head->record->generation = store.generation;
+      if (bound(head->record) == nullptr) return nullptr;
     } else {
       rebind(*head->record);
     }
@@ -362,14 +367,16 @@ Head *head_by_id(Store &store, std::string_view id) {
 }
 
 Head *new_head(Store &store, Node *node) {
-  const std::string id = store.nonce + std::to_string(store.born.size()) + '}';
-  Head *head = allocate(store, id);
+  char id[48];
+  char *end = std::copy(store.nonce.begin(), store.nonce.end(), id);
+  end = std::to_chars(end, std::end(id) - 1, store.born.size()).ptr;
+  *end++ = '}';
+  store.editing();  // before the element is counted
+  Head *head = allocate(store, {id, end});
   head->born = true;
   head->generation = store.generation;
   bind(*head, node, {});
-  store.born.push_back(nullptr);
-  store.editing().born.push_back(head);
-  store.born.back() = head;
+  store.born.push_back(head);
   node->born = true;
   node->head = head;
   return head;

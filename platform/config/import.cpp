@@ -3,6 +3,7 @@
 #include <twconfig/transfer.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -121,7 +122,7 @@ class Importer {
       Node *node = element(child, false, depth + 1);
       node->parent = map;
       node->key = store_.names.intern(key);
-      map->items.push_back({node->key, node, nullptr, 0});
+      map->add({node->key, node, nullptr, 0});
       where_.resize(length);
     }
     json_object_foreach(const_cast<json_t *>(retired), name, child) {
@@ -232,7 +233,7 @@ class NumberCarrier {
                std::map<std::string, Packed> &lists) {
     const PackedMap packed(map, store_.shapes, *store_.snapshot);
     for (std::uint32_t i = 0; packed && depth < kMaxDepth && i < packed.count(); ++i) {
-      const std::string name = list_name(prefix, packed.key(i));
+      const std::string name = list_name(prefix, *store_.names.intern(packed.key(i)));
       if (kind_of(packed.child(i)) == CFG_LIST) lists.emplace(name, packed.child(i));
       if (kind_of(packed.child(i)) == CFG_MAP) collect(packed.child(i), name, depth + 1, lists);
     }
@@ -251,12 +252,14 @@ Json parse(cfg_import_source source, void *context, json_error_t &error) {
     const auto *from = static_cast<const Reader *>(data);
     return from->source(from->context, static_cast<char *>(buffer), size);
   };
-  return {json_load_callback(read, &reader, JSON_REJECT_DUPLICATES, &error), &json_decref};
+  errno = 0;
+  Json json(json_load_callback(read, &reader, JSON_REJECT_DUPLICATES, &error), &json_decref);
+  if (json == nullptr && errno == ENOMEM) throw std::bad_alloc();
+  return json;
 }
 
-bool take_over(Store &store, std::unique_ptr<Edit> edit, MapNode *imported) {
-  store.drop_edit();
-  store.edit = std::move(edit);
+// Makes the imported content the content of a new edit.
+bool fill_edit(Store &store, MapNode *imported) {
   Head *root = root_head(store);
   MapNode *map = root == nullptr ? nullptr : edit_map(root);
   if (map == nullptr) return false;
@@ -269,6 +272,22 @@ bool take_over(Store &store, std::unique_ptr<Edit> edit, MapNode *imported) {
     if (!set_item(root, item.key->text, item.node)) return false;
   }
   map->owner->retired = imported->owner->retired;
+  return true;
+}
+
+// Puts the new edit in the place of the handle's; that one is dropped only when nothing can fail any more.
+bool take_over(Store &store, std::unique_ptr<Edit> edit, MapNode *imported) {
+  store.edit.swap(edit);
+  ++store.generation;
+  const auto swap_back = [&edit](Store *handle) {
+    handle->edit.swap(edit);
+    ++handle->generation;
+  };
+  std::unique_ptr<Store, decltype(swap_back)> before(&store, swap_back);
+  if (!fill_edit(store, imported)) return false;
+  before.reset();  // the old edit is the handle's once more, and dropped as such
+  store.drop_edit();
+  store.edit = std::move(edit);
   return true;
 }
 
@@ -285,7 +304,7 @@ int cfg_import(cfg *store, cfg_import_source source, void *context) noexcept {
     if (document == nullptr) {
       return store->fail(CFG_E_FORMAT, "the text is no JSON: line %d: %s", error.line, error.text);
     }
-    auto edit = std::make_unique<Edit>();
+    auto edit = std::make_unique<Edit>(store->born.size());
     MapNode *imported = nullptr;
     try {
       imported = Importer(*store, edit->nodes).root(document.get());

@@ -2,6 +2,8 @@
 
 #include <functional>
 
+#include "id_text.hpp"
+
 namespace twcfg {
 
 KeyNames::KeyNames() : table_(256, nullptr) {}
@@ -17,7 +19,8 @@ const KeyName *KeyNames::find(std::string_view text) const { return table_[slot_
 const KeyName *KeyNames::intern(std::string_view text) {
   if (const KeyName *known = find(text)) return known;
   if ((names_.size() + 1) * 2 > table_.size()) grow();
-  names_.push_back({std::string(text), static_cast<std::uint32_t>(names_.size())});
+  const auto number = static_cast<std::uint32_t>(names_.size());
+  names_.push_back({std::string(text), number, flatten(escape_key(text))});
   table_[slot_of(text)] = &names_.back();
   return &names_.back();
 }

@@ -12,6 +12,7 @@ namespace twcfg {
 struct KeyName {
   std::string text;
   std::uint32_t number;  // counts up from 0 in order of appearance
+  std::string flat;      // as it stands in the IDs of the entries of a list that is found there
 };
 
 class KeyNames {

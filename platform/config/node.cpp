@@ -4,7 +4,6 @@
 #include <cstring>
 #include <new>
 
-#include "id_text.hpp"
 #include "limits.hpp"
 
 namespace twcfg {
@@ -37,51 +36,33 @@ cfg_value value_of(const Node &node) {
   return value;
 }
 
-void *Nodes::Wiping::do_allocate(std::size_t bytes, std::size_t alignment) {
-  return ::operator new (bytes, std::align_val_t{alignment});
-}
-
-void Nodes::Wiping::do_deallocate(void *block, std::size_t bytes, std::size_t alignment) {
-  ::explicit_bzero(block, bytes);
-  ::operator delete (block, bytes, std::align_val_t{alignment});
-}
-
-namespace {
-
 template <class T>
-T *make(std::pmr::memory_resource &arena) {
+T *Nodes::make() {
   // The arena frees everything at once, and no node owns anything outside it: no destructor needs to run.
-  return new (arena.allocate(sizeof(T), alignof(T))) T(&arena);
+  return new (nodes_.take(sizeof(T), alignof(T))) T(&nodes_);
 }
-
-}  // namespace
 
 MapNode *Nodes::map() {
-  MapNode *node = make<MapNode>(arena_);
+  auto *node = make<MapNode>();
   node->kind = CFG_MAP;
   return node;
 }
 
 ListNode *Nodes::list() {
-  ListNode *node = make<ListNode>(arena_);
+  auto *node = make<ListNode>();
   node->kind = CFG_LIST;
   return node;
 }
 
 ScalarNode *Nodes::scalar(cfg_kind kind, std::string_view data, std::int32_t value) {
-  auto *node = new (arena_.allocate(sizeof(ScalarNode), alignof(ScalarNode))) ScalarNode;
+  auto *node = new (nodes_.take(sizeof(ScalarNode), alignof(ScalarNode))) ScalarNode;
   node->kind = kind;
   node->value = value;
-  if (data.data() != nullptr) {
-    auto *copy = static_cast<char *>(arena_.allocate(data.size() + 1, 1));
-    std::memcpy(copy, data.data(), data.size());
-    copy[data.size()] = '\0';
-    node->data = {copy, data.size()};
-  }
+  if (data.data() != nullptr) node->data = values_.copy(data);
   return node;
 }
 
-Ownership *Nodes::ownership() { return make<Ownership>(arena_); }
+Ownership *Nodes::ownership() { return make<Ownership>(); }
 
 Node *Unpacker::entry(const Packed &stored, int depth) {
   if (kind_of(stored) != CFG_MAP) return node(stored, nullptr, depth);
@@ -123,14 +104,15 @@ Node *Unpacker::map(const Packed &stored, Owner *owner, int depth) {
   for (std::uint32_t i = 0; i < packed.count(); ++i) {
     const std::string_view key = packed.key(i);
     if (key.empty()) return nullptr;
+    const KeyName *name = names_.intern(key);
     if (prefix != 0) owner->prefix += '_';
-    owner->prefix += flatten(escape_key(key));
+    owner->prefix += name->flat;
     Node *child = node(packed.child(i), owner, depth + 1);
     owner->prefix.resize(prefix);
     if (child == nullptr) return nullptr;
     child->parent = result;
-    child->key = names_.intern(key);
-    result->items.push_back({child->key, child, child});
+    child->key = name;
+    result->add({child->key, child, child});
   }
   return result;
 }

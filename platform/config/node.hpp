@@ -11,6 +11,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "arena.hpp"
 #include "packed.hpp"
 
 namespace twcfg {
@@ -21,21 +22,22 @@ struct ListNode;
 inline constexpr std::uint64_t kClean = ~std::uint64_t{0};  // "not changed": no revision is that high
 
 struct Node {
-  cfg_kind kind = CFG_NONE;
-  bool born = false;
-  bool dead = false;               // deleted or replaced in this edit
   Node *parent = nullptr;          // holder in memory; NULL when unattached or the root of its record
   const KeyName *key = nullptr;    // where it stands in a map
-  std::uint32_t number = 0;        // where it stands in a list; 0 for a new entry
-  std::uint32_t assigned = 0;      // number given by the commit under way
   std::uint64_t changed = kClean;  // of a list entry that is a scalar: its value was replaced
-  Head *head = nullptr;  // of a born element, of the root of an opened record, of an opened distant list
+  Head *head = nullptr;      // of a born element, of the root of an opened record, of an opened distant list
+  std::uint32_t number = 0;  // where it stands in a list; 0 for a new entry
+  std::uint32_t assigned = 0;  // number given by the commit under way
+  cfg_kind kind : 8 = CFG_NONE;
+  bool born = false;
+  bool dead = false;  // deleted or replaced in this edit
 };
 
 struct ScalarNode : Node {
-  std::string_view data;  // string, reference, blob; NUL behind it
   std::int32_t value = 0;
+  std::string_view data;  // string, reference, blob; NUL behind it
 };
+static_assert(sizeof(ScalarNode) == 64, "an import makes these by the hundred thousand");
 
 struct MapItem {
   const KeyName *key;
@@ -59,8 +61,18 @@ struct Ownership {
 
 struct MapNode : Node {
   explicit MapNode(std::pmr::memory_resource *arena) : items(arena) {}
-  std::pmr::vector<MapItem> items;
-  Ownership *owner = nullptr;  // set in list entries and the root
+  bool nested = false;              // whether maps and lists may be found in it
+  std::pmr::vector<MapItem> items;  // filled by add() and put()
+  Ownership *owner = nullptr;       // set in list entries and the root that were stored
+
+  void add(const MapItem &item) {
+    items.push_back(item);
+    put(items.back(), item.node);
+  }
+  void put(MapItem &item, Node *node) {
+    item.node = node;
+    if (node != nullptr && node->kind <= CFG_LIST) nested = true;
+  }
 
   MapItem *find(const KeyName *name) {
     for (MapItem &item : items) {
@@ -104,27 +116,22 @@ inline ScalarNode *as_scalar(Node *node) {
 
 cfg_value value_of(const Node &node);
 
-// Makes nodes in one arena.
+// Makes nodes, and keeps them as long as it lives.
 class Nodes {
  public:
-  // `plain` holds what is not secret-sized: everything; the arena is wiped when it is released.
-  std::pmr::memory_resource *arena() { return &arena_; }
+  std::pmr::memory_resource *arena() { return &nodes_; }
   MapNode *map();
   ListNode *list();
   ScalarNode *scalar(cfg_kind kind, std::string_view data, std::int32_t value);
   Ownership *ownership();
-  void release() { arena_.release(); }
 
  private:
-  // Gives memory back only after overwriting it: edits hold private keys and passwords.
-  class Wiping : public std::pmr::memory_resource {
-    void *do_allocate(std::size_t bytes, std::size_t alignment) override;
-    void do_deallocate(void *block, std::size_t bytes, std::size_t alignment) override;
-    bool do_is_equal(const memory_resource &other) const noexcept override { return this == &other; }
-  };
+  template <class T>
+  T *make();
 
-  Wiping wiping_;
-  std::pmr::monotonic_buffer_resource arena_{&wiping_};
+  // Values may be private keys and passwords; what stands around them tells no secret and needs no wiping.
+  Arena nodes_{Arena::Contents::plain};
+  Arena values_{Arena::Contents::secret};
 };
 
 // Unpacks a stored node with everything below it, down to distant lists. `entry` says that the node is a list

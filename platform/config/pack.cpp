@@ -29,12 +29,13 @@ const StoredList *named(const std::pmr::vector<StoredList> &lists, std::string_v
 
 }  // namespace
 
-Plan::~Plan() {
-  for (auto &[key, write] : writes_) ::explicit_bzero(write.bytes.data(), write.bytes.size());
-}
+Plan::Plan(Store &store) : store_(store), packer_(std::make_unique<Packer>(*this)) {}
 
-void Plan::write(Key key, std::uint64_t expected, std::string bytes) {
-  writes_[key] = {expected, false, std::move(bytes)};
+Plan::~Plan() = default;
+
+void Plan::write(Key key, std::uint64_t expected, std::string_view bytes) {
+  // The records of a list come in the order of their keys.
+  writes_.insert_or_assign(writes_.end(), key, PlannedWrite{expected, false, bytes_.copy(bytes)});
 }
 
 void Plan::write_head(std::uint32_t list, const ListHead &head, std::uint64_t expected) {
@@ -74,12 +75,39 @@ std::uint32_t Plan::shape_of(const std::vector<const KeyName *> &keys) {
   return number;
 }
 
+std::size_t Plan::KeysHash::operator()(const std::vector<const KeyName *> &keys) const {
+  std::uint64_t hash = 0;
+  for (const KeyName *key : keys) {
+    hash = (hash ^ reinterpret_cast<std::uintptr_t>(key)) * 0x9e3779b97f4a7c15u;
+    hash ^= hash >> 29;
+  }
+  return hash;
+}
+
+const MapLayout &Plan::layout_of(const MapNode &map) {
+  keys_.clear();
+  for (const MapItem &item : map.items) keys_.push_back(item.node != nullptr ? item.key : nullptr);
+  if (const auto known = layouts_.find(keys_); known != layouts_.end()) return known->second;
+  MapLayout layout;
+  for (std::size_t i = 0; i < keys_.size(); ++i) {
+    if (keys_[i] != nullptr) layout.sorted.push_back(static_cast<std::uint16_t>(i));
+  }
+  std::sort(layout.sorted.begin(), layout.sorted.end(), [this](std::uint16_t left, std::uint16_t right) {
+    return keys_[left]->text < keys_[right]->text;
+  });
+  std::vector<const KeyName *> keys;
+  for (const std::uint16_t at : layout.sorted) keys.push_back(keys_[at]);
+  layout.shape = shape_of(keys);
+  return layouts_.emplace(keys_, std::move(layout)).first->second;
+}
+
 // ---- Numbers ----
 
 std::uint32_t Plan::first_number(const ListNode &list, const ListName *name) const {
   std::uint32_t next = list.next;
   if (!list.born || name == nullptr || name->owner == nullptr) return next;
   // A new list in the place of an old one goes on where that one stopped.
+  if (name->owner->owner == nullptr) return next;
   const Ownership &owner = *name->owner->owner;
   if (const StoredList *old = named(owner.lists, name->prefix)) {
     ListHead head;
@@ -126,26 +154,28 @@ bool Plan::number(Node *node, ListName *name, bool in_root_record, int depth) {
   if (ListNode *list = as_list(node)) return number_list(*list, name, in_root_record, depth);
   MapNode *map = as_map(node);
   if (map == nullptr) return true;
-  ListName own{{}, map, {}};
-  if (name == nullptr) {
-    name = &own;
-    if (map->owner == nullptr) map->owner = store_.edit->nodes.ownership();
-  }
+  ListName own{{}, map, list_names_.size()};
+  const bool is_owner = name == nullptr;
+  if (is_owner) name = &own;
+  if (!map->nested) return true;
   for (MapItem &item : map->items) {
     if (item.node == nullptr || item.node->kind > CFG_LIST) continue;
     const std::size_t length = name->prefix.size();
-    name->prefix += (length == 0 ? "" : "_") + flatten(escape_key(item.key->text));
+    if (length != 0) name->prefix += '_';
+    name->prefix += item.key->flat;
     if (item.node->kind == CFG_LIST) {
-      if (std::find(name->seen.begin(), name->seen.end(), name->prefix) != name->seen.end()) {
+      const auto seen = list_names_.begin() + static_cast<std::ptrdiff_t>(name->first);
+      if (std::find(seen, list_names_.end(), name->prefix) != list_names_.end()) {
         return store_.fail(CFG_E_ARGUMENT, "two lists would both name their entries \"%s-<number>\"",
                            name->prefix.c_str()) != 0;
       }
-      name->seen.push_back(name->prefix);
+      list_names_.push_back(name->prefix);
     }
     const bool done = number(item.node, name, in_root_record, depth + 1);
     name->prefix.resize(length);
     if (!done) return false;
   }
+  if (is_owner) list_names_.resize(own.first);
   return true;
 }
 
@@ -164,7 +194,7 @@ std::string Plan::final_id(const Node *node) const {
 }
 
 std::string Plan::retired_table(const MapNode &owner) const {
-  if (owner.owner->lists.empty() && owner.owner->retired.empty()) return {};
+  if (owner.owner == nullptr || (owner.owner->lists.empty() && owner.owner->retired.empty())) return {};
   std::vector<NamedList> lists;
   named_lists(&owner, {}, lists);
   const auto alive = [&](std::string_view name) {
@@ -201,15 +231,14 @@ std::string Plan::retired_table(const MapNode &owner) const {
 // ---- Records ----
 
 bool Plan::plan_record(Key key, Node *root, std::uint64_t expected) {
-  Packer packer(*this);
   for (;;) {
-    std::string bytes = packer.pack(root);
+    const std::string_view bytes = packer_->pack(root);
     if (bytes.empty())
       return store_.fail(CFG_E_LIMIT, "a record would be larger than %zu bytes", kMaxRecord) != 0;
     ListNode *largest = nullptr;
     std::size_t size = kWorthMoving;
     if (bytes.size() > kRecordTarget) {
-      for (const Packer::Inner &inner : packer.inner()) {
+      for (const Packer::Inner &inner : packer_->inner()) {
         if (inner.bytes > size) {
           largest = inner.list;
           size = inner.bytes;
@@ -217,7 +246,7 @@ bool Plan::plan_record(Key key, Node *root, std::uint64_t expected) {
       }
     }
     if (largest == nullptr) {
-      write(key, expected, std::move(bytes));
+      write(key, expected, bytes);
       break;
     }
     largest->placed = new_list();
@@ -227,6 +256,7 @@ bool Plan::plan_record(Key key, Node *root, std::uint64_t expected) {
 
 bool Plan::plan_placed_below(Node *node) {
   if (MapNode *map = as_map(node)) {
+    if (!map->nested) return true;
     for (const MapItem &item : map->items) {
       if (item.node != nullptr && item.node->kind <= CFG_LIST && !plan_placed_below(item.node)) return false;
     }

@@ -4,7 +4,10 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "store.hpp"
@@ -14,12 +17,20 @@ namespace twcfg {
 struct PlannedWrite {
   std::uint64_t expected = 0;
   bool remove = false;
-  std::string bytes;  // wiped when the plan goes: records hold private keys and passwords
+  std::string_view bytes;  // the plan's own
+};
+
+class Packer;
+
+// How maps of one sequence of keys are stored.
+struct MapLayout {
+  std::uint32_t shape;                // kMaxShapes: the keys are spelled out
+  std::vector<std::uint16_t> sorted;  // positions of the items that are there, in the order of their keys
 };
 
 class Plan {
  public:
-  explicit Plan(Store &store) : store_(store) {}
+  explicit Plan(Store &store);
   ~Plan();
   Plan(const Plan &) = delete;
   Plan &operator=(const Plan &) = delete;
@@ -35,7 +46,7 @@ class Plan {
   struct ListName {
     std::string prefix;  // flattened names of the maps between the owner and here
     MapNode *owner;      // NULL below a list in a list
-    std::vector<std::string> seen;
+    std::size_t first;   // where its lists' names begin in `list_names_`
   };
 
   // Gives new entries their numbers, everywhere below a node.
@@ -52,16 +63,27 @@ class Plan {
   void plan_removal(Key key);           // removes one record and the distant lists inside it
   void purge_inside(const Packed &node, int depth);
   void purge_dropped(Key key, const Node *root);  // distant lists that an opened record no longer has
-  void write(Key key, std::uint64_t expected, std::string bytes);
+  void write(Key key, std::uint64_t expected, std::string_view bytes);
   void write_head(std::uint32_t list, const ListHead &head, std::uint64_t expected);
   std::uint32_t new_list();
   std::uint32_t shape_of(const std::vector<const KeyName *> &keys);  // kMaxShapes: spell the keys out
+  const MapLayout &layout_of(const MapNode &map);
   bool load_counters();
   // The numbers of lists that an owner no longer has, in stored form; empty when there are none.
   std::string retired_table(const MapNode &owner) const;
 
+  struct KeysHash {
+    std::size_t operator()(const std::vector<const KeyName *> &keys) const;
+  };
+
   Store &store_;
+  std::unique_ptr<Packer> packer_;
   std::map<Key, PlannedWrite> writes_;
+  Arena bytes_{Arena::Contents::secret};  // of the writes
+  std::vector<std::string> list_names_;   // of the owners that are being numbered
+  // Maps that were filled in the same order are laid out alike: by their keys, NULL for a deleted one.
+  std::unordered_map<std::vector<const KeyName *>, MapLayout, KeysHash> layouts_;
+  std::vector<const KeyName *> keys_;  // of the map that is being looked up
   std::map<std::vector<const KeyName *>, std::uint32_t> new_shapes_;
   bool counters_loaded_ = false;
   bool counters_changed_ = false;

@@ -1,9 +1,9 @@
 #include "packer.hpp"
 
 #include <algorithm>
+#include <cstring>
 
 #include "calls.hpp"
-#include "id_text.hpp"
 
 namespace twcfg {
 namespace {
@@ -12,14 +12,14 @@ std::uint32_t number_of(const Node *entry) { return entry->number != 0 ? entry->
 
 }  // namespace
 
-std::string list_name(const std::string &prefix, std::string_view key) {
-  return prefix + (prefix.empty() ? "" : "_") + flatten(escape_key(key));
+std::string list_name(const std::string &prefix, const KeyName &key) {
+  return prefix.empty() ? key.flat : prefix + '_' + key.flat;
 }
 
 void named_lists(const Node *node, const std::string &prefix, std::vector<NamedList> &out) {
   for (const MapItem &item : static_cast<const MapNode *>(node)->items) {
     if (item.node == nullptr || item.node->kind > CFG_LIST) continue;
-    std::string name = list_name(prefix, item.key->text);
+    std::string name = list_name(prefix, *item.key);
     if (item.node->kind == CFG_LIST) {
       out.push_back({std::move(name), static_cast<const ListNode *>(item.node)});
     } else {
@@ -28,9 +28,9 @@ void named_lists(const Node *node, const std::string &prefix, std::vector<NamedL
   }
 }
 
-std::string Packer::pack(const Node *root) {
+std::string_view Packer::pack(const Node *root) {
   if (!pack(root, false) && !pack(root, true)) return {};
-  return std::move(out_);
+  return out_.view();
 }
 
 bool Packer::pack(const Node *root, bool wide) {
@@ -38,25 +38,31 @@ bool Packer::pack(const Node *root, bool wide) {
   inner_.clear();
   overflow_ = false;
   width_ = wide ? 4 : 2;
-  put(kRecordFormat);
-  put(static_cast<std::uint8_t>(wide ? 1 : 0));
+  out_.put(kRecordFormat);
+  out_.put(static_cast<std::uint8_t>(wide ? 1 : 0));
   node(root);
   return !overflow_ && out_.size() <= (wide ? kMaxRecord : 0xffffu);
 }
 
-void Packer::patch(std::size_t slot, std::size_t offset) {
-  if (width_ == 2 && offset > 0xffff) overflow_ = true;
-  const auto value = static_cast<std::uint32_t>(offset);
-  std::copy_n(reinterpret_cast<const char *>(&value), width_,
-              out_.begin() + static_cast<std::ptrdiff_t>(slot));
+// Room for offsets that are patched in later; gives where it begins.
+std::size_t Packer::slots(std::size_t bytes) {
+  out_.extend(bytes);
+  return out_.size() - bytes;
 }
 
-void Packer::bytes(std::uint8_t tag, std::size_t length_bytes, std::string_view data) {
-  put(tag);
-  const auto length = static_cast<std::uint32_t>(data.size());
-  out_.append(reinterpret_cast<const char *>(&length), length_bytes);
-  out_ += data;
-  out_ += '\0';
+void Packer::patch(std::size_t slot, std::size_t offset) {
+  if (width_ == 4) return out_.set(slot, static_cast<std::uint32_t>(offset));
+  if (offset > 0xffff) overflow_ = true;
+  out_.set(slot, static_cast<std::uint16_t>(offset));
+}
+
+template <class Length>
+void Packer::bytes(Tag tag, std::string_view data) {
+  const auto length = static_cast<Length>(data.size());
+  char *to = out_.extend(1 + sizeof length + data.size() + 1);
+  *to = static_cast<char>(tag);
+  std::memcpy(to + 1, &length, sizeof length);
+  *std::copy(data.begin(), data.end(), to + 1 + sizeof length) = '\0';
 }
 
 void Packer::node(const Node *node) {
@@ -66,8 +72,8 @@ void Packer::node(const Node *node) {
   const auto &scalar = *static_cast<const ScalarNode *>(node);
   switch (scalar.kind) {
     case CFG_STRING:
-      if (scalar.data.size() <= 0xffff) return bytes(kTagString, 2, scalar.data);
-      return bytes(kTagLongString, 4, scalar.data);
+      if (scalar.data.size() <= 0xffff) return bytes<std::uint16_t>(kTagString, scalar.data);
+      return bytes<std::uint32_t>(kTagLongString, scalar.data);
     case CFG_REFERENCE: {
       // References to elements that this or an earlier commit made are kept under their final IDs.
       std::string final;
@@ -76,75 +82,59 @@ void Packer::node(const Node *node) {
           final = target->born ? plan_.final_id(target->node) : present_id(target);
         }
       }
-      return bytes(kTagReference, 2, final.empty() ? scalar.data : std::string_view(final));
+      return bytes<std::uint16_t>(kTagReference, final.empty() ? scalar.data : std::string_view(final));
     }
     case CFG_INT:
-      put(static_cast<std::uint8_t>(kTagInt));
-      return put(scalar.value);
+      out_.put(kTagInt);
+      return out_.put(scalar.value);
     case CFG_BOOL:
-      return put(static_cast<std::uint8_t>(scalar.value != 0 ? kTagTrue : kTagFalse));
+      return out_.put(scalar.value != 0 ? kTagTrue : kTagFalse);
     default:
-      return bytes(kTagBlob, 4, scalar.data);
+      return bytes<std::uint32_t>(kTagBlob, scalar.data);
   }
 }
 
 void Packer::map(const MapNode &map) {
-  std::vector<const MapItem *> items;
-  items.reserve(map.items.size());
-  for (const MapItem &item : map.items) {
-    if (item.node != nullptr) items.push_back(&item);
-  }
-  std::sort(items.begin(), items.end(),
-            [](const MapItem *left, const MapItem *right) { return left->key->text < right->key->text; });
-  std::vector<const KeyName *> keys;
-  keys.reserve(items.size());
-  for (const MapItem *item : items) keys.push_back(item->key);
-
-  const std::uint32_t shape = plan_.shape_of(keys);
-  const bool spelled = shape >= kMaxShapes;
-  std::string retired_table;
-  if (map.owner != nullptr) retired_table = plan_.retired_table(map);
+  const MapLayout &layout = plan_.layout_of(map);
+  const bool spelled = layout.shape >= kMaxShapes;
+  const std::string retired_table = plan_.retired_table(map);
   const auto flag = static_cast<std::uint8_t>(retired_table.empty() ? 0 : kTagRetired);
-  put(static_cast<std::uint8_t>((spelled ? kTagSpelled : kTagMap) | flag));
-  put(spelled ? static_cast<std::uint32_t>(items.size()) : shape);
-  std::size_t slot = out_.size();
-  const std::size_t slots = items.size() * (spelled ? 2 : 1) + (flag != 0 ? 1 : 0);
-  out_.append(slots * width_, '\0');
-  for (const MapItem *item : items) {
+  out_.put(static_cast<std::uint8_t>((spelled ? kTagSpelled : kTagMap) | flag));
+  out_.put(spelled ? static_cast<std::uint32_t>(layout.sorted.size()) : layout.shape);
+  std::size_t slot = slots((layout.sorted.size() * (spelled ? 2 : 1) + (flag != 0 ? 1 : 0)) * width_);
+  for (const std::uint16_t index : layout.sorted) {
+    const MapItem &item = map.items[index];
     if (spelled) {
       patch(slot, out_.size());
       slot += width_;
-      put(static_cast<std::uint8_t>(item->key->text.size()));
-      out_ += item->key->text;
+      out_.put(static_cast<std::uint8_t>(item.key->text.size()));
+      out_.append(item.key->text);
     }
     patch(slot, out_.size());
     slot += width_;
-    node(item->node);
+    node(item.node);
   }
   if (flag != 0) {
     patch(slot, out_.size());
-    out_ += retired_table;
+    out_.append(retired_table);
   }
 }
 
 void Packer::list(const ListNode &list) {
   const std::uint32_t distant = list.distant != 0 ? list.distant : list.placed;
   if (distant != 0) {
-    put(static_cast<std::uint8_t>(kTagDistant));
-    return put(distant);
+    out_.put(kTagDistant);
+    return out_.put(distant);
   }
   const std::size_t begin = out_.size();
   const std::size_t count = list.entries.size() + list.added.size() + list.future.size();
-  put(static_cast<std::uint8_t>(kTagList));
-  put(list.next_after);
-  put(static_cast<std::uint32_t>(count));
-  std::size_t slot = out_.size();
-  out_.append(count * (4 + width_), '\0');
+  out_.put(kTagList);
+  out_.put(list.next_after);
+  out_.put(static_cast<std::uint32_t>(count));
+  std::size_t slot = slots(count * (4 + width_));
   for (const auto *entries : {&list.entries, &list.added, &list.future}) {
     for (const Node *entry : *entries) {
-      const std::uint32_t number = number_of(entry);
-      std::copy_n(reinterpret_cast<const char *>(&number), 4,
-                  out_.begin() + static_cast<std::ptrdiff_t>(slot));
+      out_.set(slot, number_of(entry));
       patch(slot + 4, out_.size());
       slot += 4 + width_;
       node(entry);

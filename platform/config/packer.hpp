@@ -2,8 +2,10 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "byte_buffer.hpp"
 #include "pack.hpp"
 
 namespace twcfg {
@@ -11,8 +13,8 @@ namespace twcfg {
 class Packer {
  public:
   explicit Packer(Plan &plan) : plan_(plan) {}
-  // The record's bytes; empty when the record would be too large.
-  std::string pack(const Node *root);
+  // The record's bytes, borrowed until the next call; empty when the record would be too large.
+  std::string_view pack(const Node *root);
   // Lists inside the last record and how many bytes they took.
   struct Inner {
     ListNode *list;
@@ -25,16 +27,13 @@ class Packer {
   void node(const Node *node);
   void map(const MapNode &map);
   void list(const ListNode &list);
-  void bytes(std::uint8_t tag, std::size_t length_bytes, std::string_view data);
+  template <class Length>
+  void bytes(Tag tag, std::string_view data);
+  std::size_t slots(std::size_t bytes);
   void patch(std::size_t slot, std::size_t offset);
 
-  template <class T>
-  void put(T value) {
-    out_.append(reinterpret_cast<const char *>(&value), sizeof value);
-  }
-
   Plan &plan_;
-  std::string out_;
+  ByteBuffer out_;
   std::size_t width_ = 2;
   bool overflow_ = false;
   std::vector<Inner> inner_;
@@ -46,7 +45,7 @@ struct NamedList {
   const ListNode *list;
 };
 // The flattened name of a child below a prefix of flattened names.
-std::string list_name(const std::string &prefix, std::string_view key);
+std::string list_name(const std::string &prefix, const KeyName &key);
 void named_lists(const Node *node, const std::string &prefix, std::vector<NamedList> &out);
 
 }  // namespace twcfg

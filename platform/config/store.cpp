@@ -17,9 +17,7 @@ int cfg::fail(cfg_code code, const char *format, ...) {
   return 0;
 }
 
-bool cfg::reading() {
-  if (!in_own_process()) return false;
-  if (snapshot != nullptr) return true;
+bool cfg::take_snapshot() {
   twcfg::Failure failure;
   snapshot = engine->snapshot(failure);
   if (snapshot == nullptr) return fail(failure) != 0;
@@ -27,21 +25,22 @@ bool cfg::reading() {
   return true;
 }
 
-bool cfg::writing() {
-  if (read_only) return fail(CFG_E_READ_ONLY, "the store was opened for reading only") != 0;
-  return reading();
-}
+bool cfg::refuse_changes() { return fail(CFG_E_READ_ONLY, "the store was opened for reading only") != 0; }
 
 twcfg::Edit &cfg::editing() {
-  if (edit == nullptr) edit = std::make_unique<twcfg::Edit>();
+  if (edit == nullptr) {
+    edit = std::make_unique<twcfg::Edit>(born.size());
+  }
   return *edit;
 }
 
-void cfg::drop_edit() {
+void cfg::drop_edit(bool written) {
   if (edit == nullptr) return;
-  for (twcfg::Head *head : edit->born) {
+  for (std::size_t i = edit->first_born; i < born.size(); ++i) {
+    twcfg::Head *head = born[i];
     head->node = nullptr;
     ++head->own_epoch;
+    head->committed = written && head->parent != nullptr;
   }
   edit.reset();
   ++generation;

@@ -45,12 +45,12 @@ struct LostChange {
 };
 
 struct Edit {
+  explicit Edit(std::size_t born) : first_born(born) {}
   Nodes nodes;
   std::unordered_map<Key, RecordEdit> records;
   std::unordered_map<std::uint32_t, ListEdit> lists;  // by list number
-  std::vector<Head *> born;                           // heads of elements made by this edit
+  const std::size_t first_born;                       // of the elements in the handle's `born`
   std::vector<LostChange> lost;
-  bool empty() const { return records.empty() && lists.empty() && born.empty() && lost.empty(); }
 };
 
 // Numbers of a distant list's entries in order, built when an index is first asked for.
@@ -85,7 +85,7 @@ struct cfg {
   twcfg::KeyNames names;
   twcfg::Shapes shapes{names};
 
-  std::pmr::monotonic_buffer_resource head_arena;
+  twcfg::Arena head_arena{twcfg::Arena::Contents::plain};
   twcfg::Head *root = nullptr;
   twcfg::HeadTable children;        // by holder and step
   twcfg::HeadTable by_id;           // those that were looked up, by the text of their ID
@@ -115,14 +115,19 @@ struct cfg {
     return fail(CFG_E_FORKED, "the handle belongs to the parent process") != 0;
   }
   // Makes sure that there is a snapshot. False with the reason noted.
-  bool reading();
+  bool reading() { return in_own_process() && (snapshot != nullptr || take_snapshot()); }
   // The same, and that changes are allowed.
-  bool writing();
+  bool writing() { return !read_only ? reading() : refuse_changes(); }
   twcfg::Edit &editing();
-  void drop_edit();
+  // Handles of new elements go on as those of the committed ones, or end.
+  void drop_edit(bool written = false);
   void drop_results();
   // Replaces the snapshot; every binding is then made anew.
   void move_to(std::unique_ptr<twcfg::Snapshot> newer);
+
+ private:
+  bool take_snapshot();
+  bool refuse_changes();
 };
 
 namespace twcfg {

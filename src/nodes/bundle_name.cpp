@@ -1,51 +1,21 @@
 // The name of a node's enrollment bundle, which its tags tell.
-//
-// Tags have no records yet, so this file follows the references in the store itself; it becomes a loop over
-// the node's tag values once they have.
-#include <twconfig/read.h>
-
 #include "nodes/node.hpp"
 #include "record/memory_watch.hpp"
+#include "record/owned_tag.hpp"
+#include "record/tag_refs.hpp"
 
 namespace {
 
-// The text under a key of a map; NULL when it is no string.
-const char *text_of(cfg_elem *map, const cfg_keyset &key) noexcept {
-  cfg_value value;
-  return cfg_map_read(map, &key, &value) && value.kind == CFG_STRING ? value.data : nullptr;
-}
-
-constexpr const char *value_key[] = {"value"};
-constexpr const char *name_key[] = {"name"};
-constexpr cfg_keyset value_text{value_key, 1};
-constexpr cfg_keyset tag_name{name_key, 1};
-
-// Follows a reference to its tag value and, when the tag above that is named "Bundle", takes the value's
-// text. A later match replaces an earlier one.
-bool take_bundle(cfg *store, cfg_elem *reference, tw::text &name) noexcept {
-  cfg_value target;
-  if (!cfg_elem_read(reference, &target) || target.kind != CFG_REFERENCE) return true;
-  cfg_elem *value = cfg_get_by_id(store, target.data);
-  cfg_elem *tag = cfg_get_parent_elem(store, cfg_get_parent_elem(store, value));
-  const char *bundle = text_of(value, value_text);
-  if (!bundle || !tw::same(text_of(tag, tag_name), "Bundle")) return true;
-  return name.assign(bundle, std::strlen(bundle));
-}
-
-// The tags as they will be after the commit: the committed references first, the pending ones behind them.
-bool walk_tags(cfg *store, cfg_elem *tags, tw::text &name) noexcept {
-  int32_t size = 0;
-  if (cfg_list_size(tags, &size)) {
-    for (int32_t i = 0; i < size; ++i) {
-      if (!take_bundle(store, cfg_simple_get_listelem(store, tags, i), name)) return false;
-    }
+// The text of the value whose tag is named "Bundle"; of several the last.
+tw::text bundle_of(const cfg_node &node) noexcept {
+  tw::text name;
+  tw::tag_refs tags("tags");
+  for (int32_t i = 0; i < tags.count(node); ++i) {
+    const tw::owned_tag_value value(tags.value(node, i));
+    const tw::owned_tag tag(cfg_tag_value_get_parent_tag(value.get()));
+    if (tw::same(tag_get_name(tag.get()), "Bundle")) name.set(tag_value_get_value(value.get()));
   }
-  if (cfg_list_future_size(tags, &size)) {
-    for (int32_t i = 0; i < size; ++i) {
-      if (!take_bundle(store, cfg_get_future_listelem(tags, i), name)) return false;
-    }
-  }
-  return true;
+  return name;
 }
 
 }  // namespace
@@ -54,10 +24,9 @@ const char *cfg_node_get_enrollment_bundle(cfg_node *node) noexcept {
   if (!node) return nullptr;
   if (!node->enrollment_bundle) {
     const tw::memory_watch memory;
-    tw::text name;
-    cfg_elem *tags = cfg_simple_get_mapelem(node->cfg, tw::element_of(*node), "tags");
-    if (!walk_tags(node->cfg, tags, name) || memory.ran_short()) return nullptr;
+    tw::text name = bundle_of(*node);
     if (!name) name.set("Global");
+    if (memory.ran_short()) return nullptr;
     node->enrollment_bundle = std::move(name);
   }
   return node->enrollment_bundle.c_str();

@@ -40,6 +40,9 @@ class basic_text {
     chars_ = chars;
   }
 
+  // Lets go of the string without freeing it: it belongs to whoever was given it.
+  void leave() noexcept { chars_ = nullptr; }
+
   // Becomes a copy of `length` bytes. The bytes may lie inside the string that is replaced.
   bool assign(const char *bytes, std::size_t length) noexcept {
     char *copy = static_cast<char *>(std::malloc(length + 1));

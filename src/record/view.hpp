@@ -47,13 +47,22 @@ inline cfg_elem *element_of(const object_view &view) noexcept {
 // the final one. NULL for a record without element.
 const char *refreshed_uuid(object_view &view) noexcept;
 
-// Gives a new record its element: an empty map that joins the list at `path` as a pending entry. NULL, with
-// the record unchanged, when the list is missing or nothing can be appended.
+// Gives a new record its element: an empty map that joins a list, or the list at `path`, as a pending entry.
+// NULL, with the record unchanged, when the list is missing or nothing can be appended.
+cfg_elem *append_new_element(object_view &view, cfg_elem *list) noexcept;
 cfg_elem *append_new_element(object_view &view, const char *path) noexcept;
+// The same, but the entry is one of the list's at once: reads within the same edit see it.
+cfg_elem *add_new_element(object_view &view, const char *path) noexcept;
+
+// The map at `path`; when it is absent, a new one attached to the root under `path` as one literal key, dots
+// included. Existing stores have such keys, and path look-up finds them under the same spelling.
+cfg_elem *map_at(cfg *store, const char *path) noexcept;
 
 // The map under a key of another map, made and attached when the key is absent. NULL when it cannot be made,
 // when the key holds something that cannot be opened, and when memory is too short to tell.
 cfg_elem *need_map(cfg *store, cfg_elem *parent, const char *key) noexcept;
+// The same for a list.
+cfg_elem *need_list(cfg *store, cfg_elem *parent, const char *key) noexcept;
 
 // Number of committed entries of the list at `path`. The two failures differ, and callers tell them apart: 0
 // without such an element, -1 when it is there and its size cannot be read, or memory is too short to tell.

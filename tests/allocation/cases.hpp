@@ -11,7 +11,13 @@ namespace allocation {
 extern const std::span<const Case> system_cases;
 extern const std::span<const Case> certificate_cases;
 extern const std::span<const Case> node_cases;
+extern const std::span<const Case> node_runtime_cases;
 extern const std::span<const Case> enrollment_cases;
+extern const std::span<const Case> search_cases;
+extern const std::span<const Case> tag_cases;
+extern const std::span<const Case> template_cases;
+extern const std::span<const Case> network_cases;
+extern const std::span<const Case> service_cases;
 
 }  // namespace allocation
 

@@ -54,6 +54,9 @@ class Seed {
     certificate_authority();
     const std::string certificate = one_certificate();
     nodes(certificate, bundle_tag());
+    templates();
+    network();
+    services();
     check(cfg_commit(store, nullptr));
   }
 
@@ -178,6 +181,66 @@ class Seed {
       check(cfg_add_listelem(store, labels, cfg_new_string(store, label)));
   }
 
+  void templates() {
+    cfg_elem *dummy = entry(list(cfg_root(store), "templates"));
+    text(dummy, "name", "the template's name");
+    text(dummy, "description", "the template's description");
+    text(dummy, "template_type", "dummy");
+    text(dummy, "dummy_field", "the template's text");
+  }
+
+  void network() {
+    cfg_elem *net = cfg_get_by_path(store, "system.net");
+    cfg_elem *physifs = list(net, "physifs");
+    cfg_elem *ethernet = physif(physifs, "eth0", "ethernet");
+    text(map(ethernet, "ethernet"), "link_speed", "the link_speed");
+    cfg_elem *wireless = map(physif(physifs, "wlan0", "wireless"), "wireless");
+    for (const char *key : {"auth", "config", "encryption", "psk", "ssid", "regdomain"})
+      text(wireless, key, std::string("the ") + key);
+
+    cfg_elem *conn = entry(list(net, "conns"));
+    text(conn, "name", "uplink");
+    text(conn, "description", "the connection's description");
+    check(cfg_map_set_bool(store, conn, "enabled", 1));
+    text(conn, "role", "wan");
+    text(conn, "mode", "dhcp");
+    reference(conn, "physif", id(ethernet));
+    cfg_elem *fixed = map(conn, "static");
+    for (const char *key : {"address", "netmask", "broadcast", "gateway", "dns1", "dns2"})
+      text(fixed, key, std::string("the ") + key);
+    cfg_elem *dhcp = map(conn, "dhcp");
+    for (const char *key : {"vendor_class", "udhcpc_script"}) text(dhcp, key, std::string("the ") + key);
+
+    cfg_elem *endpoint = entry(list(net, "external_endpoints"));
+    text(endpoint, "address", "gate.example");
+    number(endpoint, "api_port", 443);
+    number(endpoint, "vpn_port", 1194);
+  }
+
+  cfg_elem *physif(cfg_elem *physifs, const char *device, const char *media) {
+    cfg_elem *made = entry(physifs);
+    text(made, "name", "the interface's name");
+    text(made, "device", device);
+    text(made, "description", "the interface's description");
+    check(cfg_map_set_bool(store, made, "enabled", 1));
+    number(made, "mtu", 1500);
+    text(made, "media", media);
+    return made;
+  }
+
+  void services() {
+    cfg_elem *services = cfg_get_by_path(store, "services");
+    cfg_elem *ntp = map(services, "ntp");
+    check(cfg_map_set_bool(store, ntp, "enabled", 1));
+    check(
+        cfg_add_listelem(store, list(ntp, "servers"), cfg_new_string(store, "a server of time, somewhere")));
+    text(map(services, "consoleGateway"), "ssh_delimiter", "the delimiter");
+    cfg_elem *flag = entry(list(cfg_root(store), "boot_flags"));
+    text(flag, "name", "wipe");
+    text(flag, "flag_type", "the flag's type");
+    check(cfg_map_set_bool(store, flag, "is_set", 1));
+  }
+
   cfg *store;
 };
 
@@ -234,8 +297,23 @@ World::World()
       generic(cfg_get_node_by_id(store, kGeneric)),
       enrollment(cfg_enrollment_get_by_id(store, kTarnwell)),
       generic_enrollment(cfg_enrollment_get_by_id(store, kGeneric)),
-      certificate(cfg_get_certificate_by_id(store, kCertificate)) {
-  if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate)
+      certificate(cfg_get_certificate_by_id(store, kCertificate)),
+      tags(cfg_get_tag_list(store, CFG_TAG_NODE)),
+      tag(cfg_get_tag_by_id(store, kTag)),
+      tag_value(cfg_get_tag_value_by_id(store, kTagValue)),
+      templates(cfg_template_list_new(store)),
+      dummy(cfg_template_get_by_id(store, kTemplate)),
+      ethernet(cfg_get_net_physif_by_id(store, kEthernet)),
+      wireless(cfg_get_net_physif_by_id(store, kWireless)),
+      conn(cfg_get_net_conn_by_id(store, kConn)),
+      endpoint(cfg_net_get_external_endpoint_by_id(store, kEndpoint)),
+      endpoints(cfg_net_get_external_endpoint_list(store)),
+      ntp(cfg_get_ntp(store)),
+      gateway(cfg_get_service_console_gateway(store)),
+      boot_flag(cfg_boot_flag_get_by_id(store, kBootFlag)) {
+  if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate || !tags || !tag ||
+      !tag_value || !templates || !dummy || !ethernet || !wireless || !conn || !endpoint || !endpoints ||
+      !ntp || !gateway || !boot_flag)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -245,6 +323,19 @@ World::~World() {
   cfg_enrollment_free(enrollment);
   cfg_enrollment_free(generic_enrollment);
   free_whole(certificate);
+  free_whole(tags);
+  free_whole(tag);
+  cfg_tag_value_free(tag_value);
+  cfg_template_list_free(templates);
+  free_whole(dummy);
+  cfg_net_physif_free(ethernet);
+  cfg_net_physif_free(wireless);
+  cfg_net_conn_free(conn);
+  cfg_net_external_endpoint_free(endpoint);
+  cfg_net_external_endpoint_list_free(endpoints);
+  cfg_ntp_free(ntp);
+  cfg_service_console_gateway_free(gateway);
+  cfg_boot_flag_free(boot_flag);
   cfg_close(store);
   cfg_close(unread);
 }
@@ -259,6 +350,27 @@ bool World::store_is_as_before() {
 void free_whole(cfg_certificate *certificate) {
   cfg_certificate_free(certificate);
   std::free(certificate);
+}
+
+void free_whole(cfg_tag *tag) {
+  char **values = tag_get_all_values(tag);
+  cfg_tag_free(tag);
+  std::free(static_cast<void *>(values));
+}
+
+void free_whole(cfg_tag_list *tags) {
+  char **all = tag_list_get_all_tags(tags);
+  const char *uuid = tag_list_get_uuid(tags);
+  cfg_tag_list_free(tags);
+  std::free(static_cast<void *>(all));
+  std::free(const_cast<char *>(uuid));
+}
+
+void free_whole(cfg_template *record) {
+  const char *left[] = {cfg_template_get_uuid(record), cfg_template_get_description(record),
+                        cfg_dummy_template_get_dummy_field(record)};
+  cfg_template_free(record);
+  for (const char *text : left) std::free(const_cast<char *>(text));
 }
 
 }  // namespace allocation

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include <string>
 
 namespace {
@@ -118,6 +120,15 @@ TEST(Same, ComparesExactlyAndNullEqualsNothing) {
   EXPECT_FALSE(tw::same(nullptr, "abc"));
   EXPECT_FALSE(tw::same("abc", nullptr));
   EXPECT_FALSE(tw::same(nullptr, nullptr));
+}
+
+TEST(Text, LeavesItsStringToWhoeverWasGivenIt) {
+  tw::text field;
+  ASSERT_TRUE(field.set("left"));
+  const std::unique_ptr<char, decltype(&std::free)> left(const_cast<char *>(field.c_str()), std::free);
+  field.leave();
+  EXPECT_FALSE(field);
+  EXPECT_STREQ("left", left.get());
 }
 
 }  // namespace

@@ -82,6 +82,13 @@ TEST_F(View, NeedMapMakesOnceAndThenFinds) {
   EXPECT_EQ(22, port);
 }
 
+TEST_F(View, NeedListMakesOnceAndThenFinds) {
+  cfg_elem *made = tw::need_list(store.get(), root, "things");
+  EXPECT_EQ(CFG_LIST, cfg_elem_kind(made));
+  EXPECT_EQ(made, tw::need_list(store.get(), root, "things"));
+  EXPECT_EQ(nullptr, tw::need_list(store.get(), nullptr, "things"));
+}
+
 TEST_F(View, CollectionCountTellsAMissingListFromAnUnreadableOne) {
   EXPECT_EQ(0, tw::collection_count(store.get(), "things"));
   ASSERT_TRUE(cfg_map_set_int(store.get(), root, "things", 1));

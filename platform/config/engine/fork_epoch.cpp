@@ -7,8 +7,6 @@
 namespace twcfg {
 namespace {
 
-std::atomic<std::uint64_t> epoch{1};
-
 struct Orphan {
   void *pointer;
   Orphan *next;
@@ -25,15 +23,13 @@ const bool registered = [] {
   const auto lock = [] { mutex().lock(); };
   const auto unlock = [] { mutex().unlock(); };
   const auto unlock_in_child = [] {
-    epoch.fetch_add(1, std::memory_order_relaxed);
+    counted_forks.fetch_add(1, std::memory_order_relaxed);
     mutex().unlock();
   };
   return pthread_atfork(lock, unlock, unlock_in_child) == 0;
 }();
 
 }  // namespace
-
-std::uint64_t fork_epoch() { return epoch.load(std::memory_order_relaxed); }
 
 std::mutex &fork_safe_mutex() { return mutex(); }
 

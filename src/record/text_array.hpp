@@ -1,0 +1,60 @@
+// A growing array of heap strings, kept as C sees one: some families hand it out as it is.
+#ifndef TW_RECORD_TEXT_ARRAY_HPP
+#define TW_RECORD_TEXT_ARRAY_HPP
+
+#include <twconfig/types.h>
+
+#include <cstdint>
+#include <utility>
+
+namespace tw {
+
+// Entries may be NULL. It never throws: what finds no memory answers false and leaves the array as it was.
+class text_array {
+ public:
+  text_array() = default;
+  text_array(text_array &&other) noexcept
+      : texts_(std::exchange(other.texts_, nullptr)), count_(std::exchange(other.count_, 0)) {}
+  text_array &operator=(text_array &&other) noexcept {
+    std::swap(texts_, other.texts_);
+    std::swap(count_, other.count_);
+    return *this;
+  }
+  text_array(const text_array &) = delete;
+  text_array &operator=(const text_array &) = delete;
+  ~text_array() { clear(); }
+
+  std::int32_t count() const noexcept { return count_; }
+  // The text at an index; NULL outside the array.
+  const char *at(std::int32_t index) const noexcept {
+    return index >= 0 && index < count_ ? texts_[index] : nullptr;
+  }
+  // The array itself; NULL when nothing was ever put into it.
+  char **texts() const noexcept { return texts_; }
+
+  // Adds entries that are NULL.
+  bool grow(std::int32_t more) noexcept;
+  // Replaces the entry at an index that exists by a copy.
+  bool set(std::int32_t index, const char *text) noexcept;
+  // Adds a copy.
+  bool append(const char *text) noexcept;
+
+  // Adds the IDs of a list's committed entries, or of its pending ones, in order. What is no list has none.
+  // False only when memory is short; some of the IDs may then have been added.
+  bool append_ids(cfg_elem *list) noexcept;
+  bool append_pending_ids(cfg_elem *list) noexcept;
+
+  void clear() noexcept;
+  // Frees the texts but leaves the array's block to whoever was given texts().
+  void leave_block() noexcept;
+  // Takes over a heap array of heap strings.
+  void adopt(char **texts, std::int32_t count) noexcept;
+
+ private:
+  char **texts_ = nullptr;
+  std::int32_t count_ = 0;
+};
+
+}  // namespace tw
+
+#endif
