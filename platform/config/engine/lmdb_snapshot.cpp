@@ -5,7 +5,7 @@
 namespace twcfg {
 namespace {
 
-Stored checked_value(std::string_view record) {
+inline Stored checked_value(std::string_view record) {
   const auto stored = decode_value(record);
   if (!stored) throw LmdbError{MDB_CORRUPTED};
   return *stored;
