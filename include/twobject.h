@@ -8,6 +8,7 @@
 #ifndef TWOBJECT_H
 #define TWOBJECT_H
 
+#include <twobject/bundle.h>
 #include <twobject/certificate.h>
 #include <twobject/common.h>
 #include <twobject/enrollment.h>

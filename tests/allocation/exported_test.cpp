@@ -9,7 +9,6 @@ namespace allocation {
 namespace {
 
 std::vector<Case> all() {
-  // One to a line, so that families can be added side by side.
   // One on a line, so that families can be added side by side.
   // clang-format off
   const std::span<const Case> families[] = {
@@ -18,10 +17,10 @@ std::vector<Case> all() {
       node_cases,
       node_runtime_cases,
       enrollment_cases,
-      tag_cases,
-      template_cases,
       search_cases,
       tag_cases,
+      template_cases,
+      bundle_cases,
   };
   // clang-format on
   std::vector<Case> rows;

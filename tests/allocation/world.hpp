@@ -15,7 +15,9 @@ inline constexpr char kGeneric[] = "nodes-2";   // with credentials, port labels
 inline constexpr char kCertificate[] = "certificates-1";
 inline constexpr char kTag[] = "tags_node_tags-1";  // "Bundle"
 inline constexpr char kTagValue[] = "tags_node_tags-1_values-1";
-inline constexpr char kTemplate[] = "templates-1";  // a dummy
+inline constexpr char kTemplate[] = "templates-1";         // a dummy
+inline constexpr char kBundle[] = "enrollment_bundles-1";  // with an automatic tag and a template
+inline constexpr char kTagRef[] = "enrollment_bundles-1_automatic_tags-1";
 
 // A text that was not there before; long, so that it is never kept within a string object.
 inline constexpr char kNew[] = "a new text, longer than what fits into a string object";
@@ -47,6 +49,8 @@ class World {
   cfg_tag_value *tag_value = nullptr;  // kTagValue
   cfg_template_list *templates = nullptr;
   cfg_template *dummy = nullptr;  // kTemplate
+  cfg_bundle_list *bundles = nullptr;
+  cfg_bundle *bundle = nullptr;  // kBundle
 };
 
 // Frees a record with what its free function leaves to others, who are not here.
