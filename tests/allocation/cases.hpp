@@ -17,6 +17,8 @@ extern const std::span<const Case> search_cases;
 extern const std::span<const Case> tag_cases;
 extern const std::span<const Case> template_cases;
 extern const std::span<const Case> bundle_cases;
+extern const std::span<const Case> network_cases;
+extern const std::span<const Case> service_cases;
 
 }  // namespace allocation
 

@@ -9,7 +9,7 @@ namespace allocation {
 namespace {
 
 std::vector<Case> all() {
-  // One on a line, so that families can be added side by side.
+  // One to a line, so that families can be added side by side.
   // clang-format off
   const std::span<const Case> families[] = {
       system_cases,
@@ -17,9 +17,11 @@ std::vector<Case> all() {
       node_cases,
       node_runtime_cases,
       enrollment_cases,
-      search_cases,
       tag_cases,
       template_cases,
+      network_cases,
+      service_cases,
+      search_cases,
       bundle_cases,
   };
   // clang-format on
