@@ -20,6 +20,7 @@ struct named_list {
 };
 using tables = std::span<const named_list>;
 
+extern const tables bundle_tables;
 extern const tables certificate_tables;
 extern const tables enrollment_tables;
 extern const tables etag_tables;
@@ -44,7 +45,7 @@ inline constexpr const tables *all_tables[] = {
     &node_interface_tables, &node_user_tables,  &node_group_tables, &node_auth_tables,
     &port_tables,           &enrollment_tables, &tag_tables,        &tag_value_tables,
     &template_tables,       &boot_flag_tables,  &conn_tables,       &external_endpoint_tables,
-    &physif_tables,
+    &physif_tables,         &bundle_tables,
 };
 
 }  // namespace tw
