@@ -13,8 +13,11 @@ extern const std::span<const Case> certificate_cases;
 extern const std::span<const Case> node_cases;
 extern const std::span<const Case> node_runtime_cases;
 extern const std::span<const Case> enrollment_cases;
+extern const std::span<const Case> search_cases;
 extern const std::span<const Case> tag_cases;
 extern const std::span<const Case> template_cases;
+extern const std::span<const Case> network_cases;
+extern const std::span<const Case> service_cases;
 
 }  // namespace allocation
 

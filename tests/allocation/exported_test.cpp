@@ -19,6 +19,9 @@ std::vector<Case> all() {
       enrollment_cases,
       tag_cases,
       template_cases,
+      network_cases,
+      service_cases,
+      search_cases,
   };
   // clang-format on
   std::vector<Case> rows;
