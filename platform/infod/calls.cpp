@@ -101,5 +101,9 @@ int infod_visit(const char *prefix, infod_visitor visit, void *context) noexcept
 
 int infod_remove(const char *prefix) noexcept {
   if (!is_key(prefix)) return -EINVAL;
+  // Nothing is made or written where there is nothing to remove.
+  const int found = infod_visit(
+      prefix, [](void *, const infod_value *) { return 1; }, nullptr);
+  if (found != 1) return found;
   return state().write([&](const twlmdb::Access &access) { return access.remove_all(stored_key(prefix)); });
 }
