@@ -1,7 +1,6 @@
 #include <twinfod.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -29,11 +28,6 @@ bool is_key(const char *key) {
   return length > 0 && length <= INFOD_KEY_MAX;
 }
 
-std::int64_t now_ms() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
-}
-
 int get(const twlmdb::Access &access, const char *key, char **text, std::int64_t *time_ms) {
   MDB_val stored{};
   if (const int result = access.get(stored_key(key), stored)) return result;
@@ -53,7 +47,7 @@ int infod_push_text(const char *key, const char *text, int32_t kind) noexcept {
   if (!is_key(key) || !text || strnlen(text, INFOD_TEXT_MAX + 1) > INFOD_TEXT_MAX) return -EINVAL;
   return state().write([&](const twlmdb::Access &access) {
     // Within the write, so that of two values the newer has the newer time.
-    const std::string stored = twinfod::pack({now_ms(), kind, text});
+    const std::string stored = twinfod::pack({twlmdb::now_ms(), kind, text});
     return access.put(stored_key(key), twlmdb::bytes_of(stored.data(), stored.size()));
   });
 }
