@@ -18,9 +18,11 @@ namespace {
 using twjobs::Record;
 using twjobs::Table;
 
-// Never destroyed: threads may still read while the process ends.
+// Never destroyed: threads may still read while the process ends. Made without the heap, which may be used
+// up.
 twlmdb::SharedFile &actions() {
-  static auto &file = *new twlmdb::SharedFile(
+  alignas(twlmdb::SharedFile) static char place[sizeof(twlmdb::SharedFile)];
+  static auto &file = *new (place) twlmdb::SharedFile(
       {"TW_ACTION_DIR", "/var/lib/twobject/actions", "actions.mdb", std::size_t{1} << 30U});
   return file;
 }

@@ -13,10 +13,12 @@ struct infod_multiple {
 
 namespace {
 
-// Never destroyed: threads may still read while the process ends.
+// Never destroyed: threads may still read while the process ends. Made without the heap, which may be used
+// up.
 twlmdb::SharedFile &state() {
+  alignas(twlmdb::SharedFile) static char place[sizeof(twlmdb::SharedFile)];
   static auto &file =
-      *new twlmdb::SharedFile({"TW_INFOD_DIR", "/run/twinfod", "state.mdb", std::size_t{256} << 20U});
+      *new (place) twlmdb::SharedFile({"TW_INFOD_DIR", "/run/twinfod", "state.mdb", std::size_t{256} << 20U});
   return file;
 }
 
