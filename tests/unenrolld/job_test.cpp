@@ -32,7 +32,7 @@ TEST_F(UnenrolldTest, TheNodeIsGoneAndItsCertificateRevokedInOneCommit) {
 }
 
 TEST_F(UnenrolldTest, WhatALibrarysUserAskedForIsDone) {
-  const queue::FixedPort port;
+  fixed_port.emplace();
   server = std::make_unique<queue::Server>(queue::FixedPort::number);
   const std::string node = add_node("rack-1");
   {
