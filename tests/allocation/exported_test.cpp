@@ -9,7 +9,6 @@ namespace allocation {
 namespace {
 
 std::vector<Case> all() {
-  // One to a line, so that families can be added side by side.
   // One on a line, so that families can be added side by side.
   // clang-format off
   const std::span<const Case> families[] = {
@@ -21,7 +20,7 @@ std::vector<Case> all() {
       tag_cases,
       template_cases,
       search_cases,
-      tag_cases,
+      smart_group_cases,
   };
   // clang-format on
   std::vector<Case> rows;

@@ -54,6 +54,7 @@ class Seed {
     certificate_authority();
     const std::string certificate = one_certificate();
     nodes(certificate, bundle_tag());
+    smart_group();
     templates();
     check(cfg_commit(store, nullptr));
   }
@@ -133,6 +134,12 @@ class Seed {
     cfg_elem *value = entry(list(tag, "values"));
     text(value, "value", "northern sites");
     return id(value);
+  }
+
+  void smart_group() {
+    cfg_elem *group = entry(list(map(cfg_root(store), "smart_groups"), "nodes_groups"));
+    text(group, "name", "all that is called n");
+    text(group, "query", R"({"key":"name","op":"equal","string":"n"})");
   }
 
   void etags(cfg_elem *node) {
@@ -247,10 +254,11 @@ World::World()
       tags(cfg_get_tag_list(store, CFG_TAG_NODE)),
       tag(cfg_get_tag_by_id(store, kTag)),
       tag_value(cfg_get_tag_value_by_id(store, kTagValue)),
+      group(cfg_smartgroup_get_by_id(store, "nodes", kSmartGroup)),
       templates(cfg_template_list_new(store)),
       dummy(cfg_template_get_by_id(store, kTemplate)) {
   if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate || !tags || !tag ||
-      !tag_value || !templates || !dummy)
+      !tag_value || !group || !templates || !dummy)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -263,6 +271,7 @@ World::~World() {
   free_whole(tags);
   free_whole(tag);
   cfg_tag_value_free(tag_value);
+  cfg_smartgroup_free(group);
   cfg_template_list_free(templates);
   free_whole(dummy);
   cfg_close(store);
