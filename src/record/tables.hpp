@@ -20,6 +20,7 @@ struct named_list {
 };
 using tables = std::span<const named_list>;
 
+extern const tables bundle_tables;
 extern const tables certificate_tables;
 extern const tables enrollment_tables;
 extern const tables etag_tables;
@@ -29,11 +30,18 @@ extern const tables smart_group_tables;
 extern const tables tag_tables;
 extern const tables tag_value_tables;
 extern const tables template_tables;
+extern const tables boot_flag_tables;
+extern const tables conn_tables;
+extern const tables external_endpoint_tables;
+extern const tables physif_tables;
 
 // All of them, in the order of the dump.
 inline constexpr const tables *all_tables[] = {
-    &certificate_tables, &node_load_tables, &etag_tables,     &node_save_tables,   &enrollment_tables,
-    &tag_tables,         &tag_value_tables, &template_tables, &smart_group_tables,
+    &certificate_tables, &node_load_tables,         &etag_tables,
+    &node_save_tables,   &enrollment_tables,        &tag_tables,
+    &tag_value_tables,   &template_tables,          &boot_flag_tables,
+    &conn_tables,        &external_endpoint_tables, &physif_tables,
+    &bundle_tables,      &smart_group_tables,
 };
 
 }  // namespace tw

@@ -17,6 +17,9 @@ extern const std::span<const Case> search_cases;
 extern const std::span<const Case> smart_group_cases;
 extern const std::span<const Case> tag_cases;
 extern const std::span<const Case> template_cases;
+extern const std::span<const Case> bundle_cases;
+extern const std::span<const Case> network_cases;
+extern const std::span<const Case> service_cases;
 
 }  // namespace allocation
 

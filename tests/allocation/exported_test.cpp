@@ -9,7 +9,7 @@ namespace allocation {
 namespace {
 
 std::vector<Case> all() {
-  // One on a line, so that families can be added side by side.
+  // One to a line, so that families can be added side by side.
   // clang-format off
   const std::span<const Case> families[] = {
       system_cases,
@@ -19,7 +19,10 @@ std::vector<Case> all() {
       enrollment_cases,
       tag_cases,
       template_cases,
+      network_cases,
+      service_cases,
       search_cases,
+      bundle_cases,
       smart_group_cases,
   };
   // clang-format on

@@ -53,9 +53,12 @@ class Seed {
     system();
     certificate_authority();
     const std::string certificate = one_certificate();
-    nodes(certificate, bundle_tag());
+    const std::string value = bundle_tag();
+    nodes(certificate, value);
+    bundles(value, dummy_template());
+    network();
+    services();
     smart_group();
-    templates();
     check(cfg_commit(store, nullptr));
   }
 
@@ -186,12 +189,77 @@ class Seed {
       check(cfg_add_listelem(store, labels, cfg_new_string(store, label)));
   }
 
-  void templates() {
+  std::string dummy_template() {
     cfg_elem *dummy = entry(list(cfg_root(store), "templates"));
     text(dummy, "name", "the template's name");
     text(dummy, "description", "the template's description");
     text(dummy, "template_type", "dummy");
     text(dummy, "dummy_field", "the template's text");
+    return id(dummy);
+  }
+
+  void bundles(const std::string &tag_value, const std::string &dummy) {
+    cfg_elem *enrollment = map(cfg_root(store), "enrollment");
+    text(enrollment, "request_token", "the request token");
+    cfg_elem *bundle = entry(list(enrollment, "bundles"));
+    text(bundle, "name", "northern sites");
+    text(bundle, "token", "the bundle's token");
+    check(cfg_map_set_bool(store, bundle, "auto_approve", 1));
+    check(
+        cfg_add_listelem(store, list(bundle, "automatic_tags"), cfg_new_reference(store, tag_value.c_str())));
+    check(cfg_add_listelem(store, list(bundle, "templates"), cfg_new_reference(store, dummy.c_str())));
+  }
+
+  void network() {
+    cfg_elem *net = cfg_get_by_path(store, "system.net");
+    cfg_elem *physifs = list(net, "physifs");
+    cfg_elem *ethernet = physif(physifs, "eth0", "ethernet");
+    text(map(ethernet, "ethernet"), "link_speed", "the link_speed");
+    cfg_elem *wireless = map(physif(physifs, "wlan0", "wireless"), "wireless");
+    for (const char *key : {"auth", "config", "encryption", "psk", "ssid", "regdomain"})
+      text(wireless, key, std::string("the ") + key);
+
+    cfg_elem *conn = entry(list(net, "conns"));
+    text(conn, "name", "uplink");
+    text(conn, "description", "the connection's description");
+    check(cfg_map_set_bool(store, conn, "enabled", 1));
+    text(conn, "role", "wan");
+    text(conn, "mode", "dhcp");
+    reference(conn, "physif", id(ethernet));
+    cfg_elem *fixed = map(conn, "static");
+    for (const char *key : {"address", "netmask", "broadcast", "gateway", "dns1", "dns2"})
+      text(fixed, key, std::string("the ") + key);
+    cfg_elem *dhcp = map(conn, "dhcp");
+    for (const char *key : {"vendor_class", "udhcpc_script"}) text(dhcp, key, std::string("the ") + key);
+
+    cfg_elem *endpoint = entry(list(net, "external_endpoints"));
+    text(endpoint, "address", "gate.example");
+    number(endpoint, "api_port", 443);
+    number(endpoint, "vpn_port", 1194);
+  }
+
+  cfg_elem *physif(cfg_elem *physifs, const char *device, const char *media) {
+    cfg_elem *made = entry(physifs);
+    text(made, "name", "the interface's name");
+    text(made, "device", device);
+    text(made, "description", "the interface's description");
+    check(cfg_map_set_bool(store, made, "enabled", 1));
+    number(made, "mtu", 1500);
+    text(made, "media", media);
+    return made;
+  }
+
+  void services() {
+    cfg_elem *services = cfg_get_by_path(store, "services");
+    cfg_elem *ntp = map(services, "ntp");
+    check(cfg_map_set_bool(store, ntp, "enabled", 1));
+    check(
+        cfg_add_listelem(store, list(ntp, "servers"), cfg_new_string(store, "a server of time, somewhere")));
+    text(map(services, "consoleGateway"), "ssh_delimiter", "the delimiter");
+    cfg_elem *flag = entry(list(cfg_root(store), "boot_flags"));
+    text(flag, "name", "wipe");
+    text(flag, "flag_type", "the flag's type");
+    check(cfg_map_set_bool(store, flag, "is_set", 1));
   }
 
   cfg *store;
@@ -256,9 +324,20 @@ World::World()
       tag_value(cfg_get_tag_value_by_id(store, kTagValue)),
       group(cfg_smartgroup_get_by_id(store, "nodes", kSmartGroup)),
       templates(cfg_template_list_new(store)),
-      dummy(cfg_template_get_by_id(store, kTemplate)) {
+      dummy(cfg_template_get_by_id(store, kTemplate)),
+      bundles(cfg_bundle_list_new(store)),
+      bundle(cfg_bundle_get_by_id(store, kBundle)),
+      ethernet(cfg_get_net_physif_by_id(store, kEthernet)),
+      wireless(cfg_get_net_physif_by_id(store, kWireless)),
+      conn(cfg_get_net_conn_by_id(store, kConn)),
+      endpoint(cfg_net_get_external_endpoint_by_id(store, kEndpoint)),
+      endpoints(cfg_net_get_external_endpoint_list(store)),
+      ntp(cfg_get_ntp(store)),
+      gateway(cfg_get_service_console_gateway(store)),
+      boot_flag(cfg_boot_flag_get_by_id(store, kBootFlag)) {
   if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate || !tags || !tag ||
-      !tag_value || !group || !templates || !dummy)
+      !tag_value || !group || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless ||
+      !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -274,6 +353,16 @@ World::~World() {
   cfg_smartgroup_free(group);
   cfg_template_list_free(templates);
   free_whole(dummy);
+  cfg_bundle_list_free(bundles);
+  cfg_bundle_free(bundle);
+  cfg_net_physif_free(ethernet);
+  cfg_net_physif_free(wireless);
+  cfg_net_conn_free(conn);
+  cfg_net_external_endpoint_free(endpoint);
+  cfg_net_external_endpoint_list_free(endpoints);
+  cfg_ntp_free(ntp);
+  cfg_service_console_gateway_free(gateway);
+  cfg_boot_flag_free(boot_flag);
   cfg_close(store);
   cfg_close(unread);
 }
