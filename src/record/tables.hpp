@@ -20,6 +20,7 @@ struct named_list {
 };
 using tables = std::span<const named_list>;
 
+extern const tables bundle_tables;
 extern const tables certificate_tables;
 extern const tables enrollment_tables;
 extern const tables etag_tables;
@@ -37,11 +38,11 @@ extern const tables push_node_ctxt_tables;
 
 // All of them, in the order of the dump.
 inline constexpr const tables *all_tables[] = {
-    &certificate_tables,    &node_load_tables,         &etag_tables,
-    &node_save_tables,      &enrollment_tables,        &tag_tables,
-    &tag_value_tables,      &template_tables,          &boot_flag_tables,
-    &conn_tables,           &external_endpoint_tables, &physif_tables,
-    &push_exec_ctxt_tables, &push_node_ctxt_tables,
+    &certificate_tables, &node_load_tables,         &etag_tables,
+    &node_save_tables,   &enrollment_tables,        &tag_tables,
+    &tag_value_tables,   &template_tables,          &boot_flag_tables,
+    &conn_tables,        &external_endpoint_tables, &physif_tables,
+    &bundle_tables,      &push_exec_ctxt_tables,    &push_node_ctxt_tables,
 };
 
 }  // namespace tw
