@@ -78,6 +78,7 @@ TW_API int cfg_push_exec_ctxt_set_disconnected_behaviour(cfg_push_exec_ctxt *pus
 
 /* ---- Templates: references in the list "templates" ---- */
 
+/** Number of templates. */
 TW_API int32_t cfg_push_exec_ctxt_get_num_templates(const cfg_push_exec_ctxt *push) TW_NOEXCEPT;
 /** The template at a 0-based index, borrowed; NULL outside. */
 TW_API cfg_push_exec_template *cfg_push_exec_ctxt_get_template(cfg_push_exec_ctxt *push,
@@ -101,6 +102,7 @@ TW_API int cfg_push_exec_ctxt_save_template(cfg_push_exec_ctxt *push,
 /** Loads the nodes, once: the functions below do so themselves. A push that has no list of nodes is tried
  * again the next time. */
 TW_API void cfg_push_exec_ctxt_populate_nodes(cfg_push_exec_ctxt *push) TW_NOEXCEPT;
+/** Number of nodes. */
 TW_API int32_t cfg_push_exec_ctxt_get_num_nodes(cfg_push_exec_ctxt *push) TW_NOEXCEPT;
 /** The node context at a 0-based index; it stays the push's. NULL outside, and for one that cannot be loaded.
  */
