@@ -24,6 +24,7 @@
 #include <twobject/push_exec_ctxt.h>
 #include <twobject/push_node_ctxt.h>
 #include <twobject/search.h>
+#include <twobject/smart_groups.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>
 #include <twobject/template.h>

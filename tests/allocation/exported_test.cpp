@@ -24,6 +24,7 @@ std::vector<Case> all() {
       search_cases,
       push_cases,
       bundle_cases,
+      smart_group_cases,
   };
   // clang-format on
   std::vector<Case> rows;
