@@ -21,6 +21,8 @@
 #include <twobject/node.h>
 #include <twobject/node_runtime.h>
 #include <twobject/ntp.h>
+#include <twobject/push_exec_ctxt.h>
+#include <twobject/push_node_ctxt.h>
 #include <twobject/search.h>
 #include <twobject/smart_groups.h>
 #include <twobject/system.h>

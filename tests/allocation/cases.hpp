@@ -20,6 +20,7 @@ extern const std::span<const Case> template_cases;
 extern const std::span<const Case> bundle_cases;
 extern const std::span<const Case> network_cases;
 extern const std::span<const Case> service_cases;
+extern const std::span<const Case> push_cases;
 
 }  // namespace allocation
 

@@ -22,6 +22,7 @@ std::vector<Case> all() {
       network_cases,
       service_cases,
       search_cases,
+      push_cases,
       bundle_cases,
       smart_group_cases,
   };

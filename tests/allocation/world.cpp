@@ -11,6 +11,8 @@
 #include <filesystem>
 #include <memory>
 
+#include "records/pushes/push_fixture.hpp"
+
 namespace allocation {
 namespace {
 
@@ -59,6 +61,7 @@ class Seed {
     network();
     services();
     smart_group();
+    push();
     check(cfg_commit(store, nullptr));
   }
 
@@ -262,6 +265,27 @@ class Seed {
     check(cfg_map_set_bool(store, flag, "is_set", 1));
   }
 
+  void push() {
+    cfg_elem *push = entry(list(cfg_root(store), "cfg_push_exec_ctxts"));
+    text(push, "username", "alice of the night shift, the second of that name");
+    text(push, "status", "preflight_ready");
+    text(push, "disconnected_nodes_behaviour", "prompt");
+    check(cfg_add_listelem(store, list(push, "templates"), cfg_new_reference(store, kTemplate)));
+    cfg_elem *node = entry(list(push, "nodes"));
+    reference(node, "node", kTarnwell);
+    text(node, "status", "preflight_in_progress");
+    check(cfg_map_set_bool(store, node, "apply_execution", 1));
+    for (const char *phase : {"preflight_", "execution_"})
+      for (const char *kind : {"changes", "warnings", "errors", "messages"}) {
+        cfg_elem *message = entry(list(node, (std::string(phase) + kind).c_str()));
+        number(message, "code", 3);
+        number(message, "argc", 1);
+        reference(message, "template", kTemplate);
+        check(cfg_add_listelem(store, list(message, "args"),
+                               cfg_new_string(store, "the argument of the message")));
+      }
+  }
+
   cfg *store;
 };
 
@@ -334,10 +358,13 @@ World::World()
       endpoints(cfg_net_get_external_endpoint_list(store)),
       ntp(cfg_get_ntp(store)),
       gateway(cfg_get_service_console_gateway(store)),
-      boot_flag(cfg_boot_flag_get_by_id(store, kBootFlag)) {
+      boot_flag(cfg_boot_flag_get_by_id(store, kBootFlag)),
+      push(cfg_push_exec_ctxt_get_by_id(store, kPush)),
+      push_node(cfg_push_node_ctxt_get_by_id(store, kPushNode)),
+      pushes(cfg_push_exec_ctxt_list_new(store)) {
   if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate || !tags || !tag ||
       !tag_value || !group || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless ||
-      !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag)
+      !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag || !push || !push_node || !pushes)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -363,6 +390,9 @@ World::~World() {
   cfg_ntp_free(ntp);
   cfg_service_console_gateway_free(gateway);
   cfg_boot_flag_free(boot_flag);
+  if (push) records::free_push()(push);
+  cfg_push_node_ctxt_free(push_node);
+  cfg_push_exec_ctxt_list_free(pushes);
   cfg_close(store);
   cfg_close(unread);
 }

@@ -27,6 +27,9 @@ inline constexpr char kEndpoint[] = "system_net_external_endpoints-1";
 inline constexpr char kNtpServer[] = "services_ntp_servers-1";
 inline constexpr char kBootFlag[] = "boot_flags-1";  // "wipe"
 
+inline constexpr char kPush[] = "cfg_push_exec_ctxts-1";              // of kTemplate to kTarnwell
+inline constexpr char kPushNode[] = "cfg_push_exec_ctxts-1_nodes-1";  // with a message in each list
+
 // A text that was not there before; long, so that it is never kept within a string object.
 inline constexpr char kNew[] = "a new text, longer than what fits into a string object";
 
@@ -67,7 +70,10 @@ class World {
   cfg_net_external_endpoint_list *endpoints = nullptr;
   cfg_ntp *ntp = nullptr;
   cfg_service_console_gateway *gateway = nullptr;
-  cfg_boot_flag *boot_flag = nullptr;  // kBootFlag
+  cfg_boot_flag *boot_flag = nullptr;       // kBootFlag
+  cfg_push_exec_ctxt *push = nullptr;       // kPush
+  cfg_push_node_ctxt *push_node = nullptr;  // kPushNode
+  cfg_push_exec_ctxt_list *pushes = nullptr;
 };
 
 // Frees a record with what its free function leaves to others, who are not here.
