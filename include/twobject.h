@@ -27,7 +27,10 @@
 #include <twobject/node_user.h>
 #include <twobject/ntp.h>
 #include <twobject/port.h>
+#include <twobject/push_exec_ctxt.h>
+#include <twobject/push_node_ctxt.h>
 #include <twobject/search.h>
+#include <twobject/smart_groups.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>
 #include <twobject/template.h>

@@ -24,7 +24,9 @@ std::vector<Case> all() {
       network_cases,
       service_cases,
       search_cases,
+      push_cases,
       bundle_cases,
+      smart_group_cases,
   };
   // clang-format on
   std::vector<Case> rows;

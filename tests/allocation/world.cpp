@@ -11,6 +11,8 @@
 #include <filesystem>
 #include <memory>
 
+#include "records/pushes/push_fixture.hpp"
+
 namespace allocation {
 namespace {
 
@@ -58,6 +60,8 @@ class Seed {
     bundles(value, dummy_template());
     network();
     services();
+    smart_group();
+    push();
     check(cfg_commit(store, nullptr));
   }
 
@@ -136,6 +140,12 @@ class Seed {
     cfg_elem *value = entry(list(tag, "values"));
     text(value, "value", "northern sites");
     return id(value);
+  }
+
+  void smart_group() {
+    cfg_elem *group = entry(list(map(cfg_root(store), "smart_groups"), "nodes_groups"));
+    text(group, "name", "all that is called n");
+    text(group, "query", R"({"key":"name","op":"equal","string":"n"})");
   }
 
   void etags(cfg_elem *node) {
@@ -334,6 +344,27 @@ class Seed {
     check(cfg_map_set_bool(store, flag, "is_set", 1));
   }
 
+  void push() {
+    cfg_elem *push = entry(list(cfg_root(store), "cfg_push_exec_ctxts"));
+    text(push, "username", "alice of the night shift, the second of that name");
+    text(push, "status", "preflight_ready");
+    text(push, "disconnected_nodes_behaviour", "prompt");
+    check(cfg_add_listelem(store, list(push, "templates"), cfg_new_reference(store, kTemplate)));
+    cfg_elem *node = entry(list(push, "nodes"));
+    reference(node, "node", kTarnwell);
+    text(node, "status", "preflight_in_progress");
+    check(cfg_map_set_bool(store, node, "apply_execution", 1));
+    for (const char *phase : {"preflight_", "execution_"})
+      for (const char *kind : {"changes", "warnings", "errors", "messages"}) {
+        cfg_elem *message = entry(list(node, (std::string(phase) + kind).c_str()));
+        number(message, "code", 3);
+        number(message, "argc", 1);
+        reference(message, "template", kTemplate);
+        check(cfg_add_listelem(store, list(message, "args"),
+                               cfg_new_string(store, "the argument of the message")));
+      }
+  }
+
   cfg *store;
 };
 
@@ -395,6 +426,7 @@ World::World()
       tags(cfg_get_tag_list(store, CFG_TAG_NODE)),
       tag(cfg_get_tag_by_id(store, kTag)),
       tag_value(cfg_get_tag_value_by_id(store, kTagValue)),
+      group(cfg_smartgroup_get_by_id(store, "nodes", kSmartGroup)),
       templates(cfg_template_list_new(store)),
       dummy(cfg_template_get_by_id(store, kTemplate)),
       bundles(cfg_bundle_list_new(store)),
@@ -406,10 +438,13 @@ World::World()
       endpoints(cfg_net_get_external_endpoint_list(store)),
       ntp(cfg_get_ntp(store)),
       gateway(cfg_get_service_console_gateway(store)),
-      boot_flag(cfg_boot_flag_get_by_id(store, kBootFlag)) {
+      boot_flag(cfg_boot_flag_get_by_id(store, kBootFlag)),
+      push(cfg_push_exec_ctxt_get_by_id(store, kPush)),
+      push_node(cfg_push_node_ctxt_get_by_id(store, kPushNode)),
+      pushes(cfg_push_exec_ctxt_list_new(store)) {
   if (!store || !node || !generic || !port || !enrollment || !generic_enrollment || !certificate || !tags ||
-      !tag || !tag_value || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless || !conn ||
-      !endpoint || !endpoints || !ntp || !gateway || !boot_flag)
+      !tag || !tag_value || !group || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless ||
+      !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag || !push || !push_node || !pushes)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -423,6 +458,7 @@ World::~World() {
   free_whole(tags);
   free_whole(tag);
   cfg_tag_value_free(tag_value);
+  cfg_smartgroup_free(group);
   cfg_template_list_free(templates);
   free_whole(dummy);
   cfg_bundle_list_free(bundles);
@@ -435,6 +471,9 @@ World::~World() {
   cfg_ntp_free(ntp);
   cfg_service_console_gateway_free(gateway);
   cfg_boot_flag_free(boot_flag);
+  if (push) records::free_push()(push);
+  cfg_push_node_ctxt_free(push_node);
+  cfg_push_exec_ctxt_list_free(pushes);
   cfg_close(store);
   cfg_close(unread);
 }
