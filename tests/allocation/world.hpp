@@ -10,8 +10,9 @@
 namespace allocation {
 
 // The committed entries of the store.
-inline constexpr char kTarnwell[] = "nodes-1";  // with certificate, etags and tags
-inline constexpr char kGeneric[] = "nodes-2";   // with credentials, port labels and etags
+inline constexpr char kTarnwell[] = "nodes-1";  // with certificate, etags, tags and what it reports
+inline constexpr char kGeneric[] = "nodes-2";   // with credentials, port labels, etags and ports
+inline constexpr char kPort[] = "nodes-2_ports-1";
 inline constexpr char kCertificate[] = "certificates-1";
 inline constexpr char kTag[] = "tags_node_tags-1";  // "Bundle"
 inline constexpr char kTagValue[] = "tags_node_tags-1_values-1";
@@ -52,6 +53,7 @@ class World {
   cfg *unread = nullptr;                         // another handle on the same store, once it is opened
   cfg_node *node = nullptr;                      // kTarnwell
   cfg_node *generic = nullptr;                   // kGeneric
+  cfg_port *port = nullptr;                      // kPort
   cfg_enrollment *enrollment = nullptr;          // kTarnwell
   cfg_enrollment *generic_enrollment = nullptr;  // kGeneric
   cfg_certificate *certificate = nullptr;        // kCertificate
