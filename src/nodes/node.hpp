@@ -52,8 +52,8 @@ namespace tw {
 // Loads the node behind an element; NULL when the element is NULL or has no "name" or no "status".
 std::unique_ptr<cfg_node> load_node(cfg *store, cfg_elem *elem) noexcept;
 
-// Reads the entries of the list "etags" below a node's element. False without memory. May throw.
-bool load_etags(cfg_node &node, cfg_elem *elem);
+// Reads the entries of the list "etags" below a node's element. False without memory.
+bool load_etags(cfg_node &node, cfg_elem *elem) noexcept;
 
 }  // namespace tw
 
