@@ -8,10 +8,17 @@
 #ifndef TWOBJECT_H
 #define TWOBJECT_H
 
+#include <twobject/acl.h>
+#include <twobject/auth.h>
 #include <twobject/certificate.h>
 #include <twobject/common.h>
 #include <twobject/enrollment.h>
+#include <twobject/group.h>
 #include <twobject/node.h>
+#include <twobject/role.h>
+#include <twobject/system.h>
+#include <twobject/tag.h>
+#include <twobject/user.h>
 #include <twobject/node_runtime.h>
 #include <twobject/search.h>
 #include <twobject/system.h>

@@ -23,13 +23,19 @@ cfg_elem *append_new_element(object_view &view, const char *path) noexcept {
   return append_new_element(view, cfg_get_by_path(view.cfg, path));
 }
 
-cfg_elem *append_new_element(object_view &view, cfg_elem *list) noexcept {
-  if (!list) return nullptr;
-  cfg_elem *elem = cfg_new_map(view.cfg);
+cfg_elem *append_element(object_view &view, cfg_elem *list, cfg_elem *elem) noexcept {
   text id;
   if (!take_uuid(id, elem) || !cfg_append_future_listelem(view.cfg, list, elem)) return nullptr;
   view.uuid = std::move(id);
   return elem;
+}
+
+cfg_elem *append_new_element(object_view &view, cfg_elem *list) noexcept {
+  return list ? append_element(view, list, cfg_new_map(view.cfg)) : nullptr;
+}
+
+cfg_elem *element_to_save(object_view &view, const char *path) noexcept {
+  return view.uuid ? element_of(view) : append_new_element(view, path);
 }
 
 namespace {

@@ -16,6 +16,11 @@ extern const std::span<const Case> enrollment_cases;
 extern const std::span<const Case> search_cases;
 extern const std::span<const Case> tag_cases;
 extern const std::span<const Case> template_cases;
+extern const std::span<const Case> role_cases;
+extern const std::span<const Case> acl_cases;
+extern const std::span<const Case> user_cases;
+extern const std::span<const Case> group_cases;
+extern const std::span<const Case> auth_cases;
 
 }  // namespace allocation
 

@@ -10,7 +10,6 @@ namespace {
 
 std::vector<Case> all() {
   // One to a line, so that families can be added side by side.
-  // One on a line, so that families can be added side by side.
   // clang-format off
   const std::span<const Case> families[] = {
       system_cases,
@@ -20,8 +19,12 @@ std::vector<Case> all() {
       enrollment_cases,
       tag_cases,
       template_cases,
+      role_cases,
+      acl_cases,
+      user_cases,
+      group_cases,
+      auth_cases,
       search_cases,
-      tag_cases,
   };
   // clang-format on
   std::vector<Case> rows;

@@ -16,6 +16,12 @@ inline constexpr char kCertificate[] = "certificates-1";
 inline constexpr char kTag[] = "tags_node_tags-1";  // "Bundle"
 inline constexpr char kTagValue[] = "tags_node_tags-1_values-1";
 inline constexpr char kTemplate[] = "templates-1";  // a dummy
+inline constexpr char kRole[] = "roles-1";          // "FernhollowAdmin", the global role of kGroup
+inline constexpr char kAcl[] = "acls-1";
+inline constexpr char kUser[] = "users-1";         // a member of both groups, and "groups" says so
+inline constexpr char kStranger[] = "users-2";     // of none
+inline constexpr char kGroup[] = "groups-1";       // "operators", with roles of both kinds
+inline constexpr char kAdminGroup[] = "groups-2";  // "admin"
 
 // A text that was not there before; long, so that it is never kept within a string object.
 inline constexpr char kNew[] = "a new text, longer than what fits into a string object";
@@ -47,6 +53,13 @@ class World {
   cfg_tag_value *tag_value = nullptr;  // kTagValue
   cfg_template_list *templates = nullptr;
   cfg_template *dummy = nullptr;  // kTemplate
+  cfg_role *role = nullptr;       // kRole
+  cfg_acl *acl = nullptr;         // kAcl
+  cfg_user *user = nullptr;       // kUser
+  cfg_user *stranger = nullptr;   // kStranger
+  cfg_group *group = nullptr;     // kGroup
+  cfg_auth *auth = nullptr;
+  cfg_auth_server *server = nullptr;  // of the list of RADIUS authentication servers
 };
 
 // Frees a record with what its free function leaves to others, who are not here.
