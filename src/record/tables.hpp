@@ -24,12 +24,16 @@ extern const tables acl_tables;
 extern const tables auth_protocol_tables;
 extern const tables auth_server_tables;
 extern const tables auth_tables;
+extern const tables boot_flag_tables;
 extern const tables certificate_tables;
+extern const tables conn_tables;
 extern const tables enrollment_tables;
 extern const tables etag_tables;
+extern const tables external_endpoint_tables;
 extern const tables group_tables;
 extern const tables node_load_tables;
 extern const tables node_save_tables;
+extern const tables physif_tables;
 extern const tables role_tables;
 extern const tables tag_tables;
 extern const tables tag_value_tables;
@@ -47,6 +51,10 @@ inline constexpr const tables *all_tables[] = {
     &tag_tables,
     &tag_value_tables,
     &template_tables,
+    &boot_flag_tables,
+    &conn_tables,
+    &external_endpoint_tables,
+    &physif_tables,
     &role_tables,
     &acl_tables,
     &user_tables,

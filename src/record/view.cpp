@@ -23,11 +23,21 @@ cfg_elem *append_new_element(object_view &view, const char *path) noexcept {
   return append_new_element(view, cfg_get_by_path(view.cfg, path));
 }
 
-cfg_elem *append_element(object_view &view, cfg_elem *list, cfg_elem *elem) noexcept {
+namespace {
+
+using append_entry = int (*)(cfg *, cfg_elem *, cfg_elem *);
+
+cfg_elem *join(object_view &view, cfg_elem *list, cfg_elem *elem, append_entry append) noexcept {
   text id;
-  if (!take_uuid(id, elem) || !cfg_append_future_listelem(view.cfg, list, elem)) return nullptr;
+  if (!take_uuid(id, elem) || !append(view.cfg, list, elem)) return nullptr;
   view.uuid = std::move(id);
   return elem;
+}
+
+}  // namespace
+
+cfg_elem *append_element(object_view &view, cfg_elem *list, cfg_elem *elem) noexcept {
+  return join(view, list, elem, cfg_append_future_listelem);
 }
 
 cfg_elem *append_new_element(object_view &view, cfg_elem *list) noexcept {
@@ -36,6 +46,19 @@ cfg_elem *append_new_element(object_view &view, cfg_elem *list) noexcept {
 
 cfg_elem *element_to_save(object_view &view, const char *path) noexcept {
   return view.uuid ? element_of(view) : append_new_element(view, path);
+}
+
+cfg_elem *add_new_element(object_view &view, const char *path) noexcept {
+  cfg_elem *list = cfg_get_by_path(view.cfg, path);
+  return list ? join(view, list, cfg_new_map(view.cfg), cfg_add_listelem) : nullptr;
+}
+
+cfg_elem *map_at(cfg *store, const char *path) noexcept {
+  const memory_watch memory;
+  if (cfg_elem *map = cfg_get_by_path(store, path)) return map;
+  if (memory.ran_short()) return nullptr;  // or a new map would take the place of what is there
+  cfg_elem *map = cfg_new_map(store);
+  return map && cfg_add_mapelem(store, cfg_root(store), path, map) ? map : nullptr;
 }
 
 namespace {

@@ -54,6 +54,12 @@ cfg_elem *append_element(object_view &view, cfg_elem *list, cfg_elem *elem) noex
 // The same with an empty map, for a list or the list at `path`.
 cfg_elem *append_new_element(object_view &view, cfg_elem *list) noexcept;
 cfg_elem *append_new_element(object_view &view, const char *path) noexcept;
+// The same, but the entry is one of the list's at once: reads within the same edit see it.
+cfg_elem *add_new_element(object_view &view, const char *path) noexcept;
+
+// The map at `path`; when it is absent, a new one attached to the root under `path` as one literal key, dots
+// included. Existing stores have such keys, and path look-up finds them under the same spelling.
+cfg_elem *map_at(cfg *store, const char *path) noexcept;
 
 // What most saves begin with: the record's element, or a new one in the list at `path` for a new record. NULL
 // when the element is gone or cannot be made.

@@ -21,6 +21,8 @@ extern const std::span<const Case> acl_cases;
 extern const std::span<const Case> user_cases;
 extern const std::span<const Case> group_cases;
 extern const std::span<const Case> auth_cases;
+extern const std::span<const Case> network_cases;
+extern const std::span<const Case> service_cases;
 
 }  // namespace allocation
 

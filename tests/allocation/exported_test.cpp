@@ -24,6 +24,8 @@ std::vector<Case> all() {
       user_cases,
       group_cases,
       auth_cases,
+      network_cases,
+      service_cases,
       search_cases,
   };
   // clang-format on

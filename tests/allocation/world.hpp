@@ -23,6 +23,13 @@ inline constexpr char kStranger[] = "users-2";     // of none
 inline constexpr char kGroup[] = "groups-1";       // "operators", with roles of both kinds
 inline constexpr char kAdminGroup[] = "groups-2";  // "admin"
 
+inline constexpr char kEthernet[] = "system_net_physifs-1";
+inline constexpr char kWireless[] = "system_net_physifs-2";
+inline constexpr char kConn[] = "system_net_conns-1";  // "uplink", dhcp on kEthernet, with both sub-maps
+inline constexpr char kEndpoint[] = "system_net_external_endpoints-1";
+inline constexpr char kNtpServer[] = "services_ntp_servers-1";
+inline constexpr char kBootFlag[] = "boot_flags-1";  // "wipe"
+
 // A text that was not there before; long, so that it is never kept within a string object.
 inline constexpr char kNew[] = "a new text, longer than what fits into a string object";
 
@@ -52,12 +59,20 @@ class World {
   cfg_tag *tag = nullptr;              // kTag
   cfg_tag_value *tag_value = nullptr;  // kTagValue
   cfg_template_list *templates = nullptr;
-  cfg_template *dummy = nullptr;  // kTemplate
-  cfg_role *role = nullptr;       // kRole
-  cfg_acl *acl = nullptr;         // kAcl
-  cfg_user *user = nullptr;       // kUser
-  cfg_user *stranger = nullptr;   // kStranger
-  cfg_group *group = nullptr;     // kGroup
+  cfg_template *dummy = nullptr;                  // kTemplate
+  cfg_net_physif *ethernet = nullptr;             // kEthernet
+  cfg_net_physif *wireless = nullptr;             // kWireless
+  cfg_net_conn *conn = nullptr;                   // kConn
+  cfg_net_external_endpoint *endpoint = nullptr;  // kEndpoint
+  cfg_net_external_endpoint_list *endpoints = nullptr;
+  cfg_ntp *ntp = nullptr;
+  cfg_service_console_gateway *gateway = nullptr;
+  cfg_boot_flag *boot_flag = nullptr;  // kBootFlag
+  cfg_role *role = nullptr;            // kRole
+  cfg_acl *acl = nullptr;              // kAcl
+  cfg_user *user = nullptr;            // kUser
+  cfg_user *stranger = nullptr;        // kStranger
+  cfg_group *group = nullptr;          // kGroup
   cfg_auth *auth = nullptr;
   cfg_auth_server *server = nullptr;  // of the list of RADIUS authentication servers
 };
