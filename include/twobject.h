@@ -11,6 +11,7 @@
 #include <twobject/acl.h>
 #include <twobject/auth.h>
 #include <twobject/boot_flag.h>
+#include <twobject/bundle.h>
 #include <twobject/certificate.h>
 #include <twobject/common.h>
 #include <twobject/console_gateway.h>

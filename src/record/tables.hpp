@@ -25,6 +25,7 @@ extern const tables auth_protocol_tables;
 extern const tables auth_server_tables;
 extern const tables auth_tables;
 extern const tables boot_flag_tables;
+extern const tables bundle_tables;
 extern const tables certificate_tables;
 extern const tables conn_tables;
 extern const tables enrollment_tables;
@@ -55,6 +56,7 @@ inline constexpr const tables *all_tables[] = {
     &conn_tables,
     &external_endpoint_tables,
     &physif_tables,
+    &bundle_tables,
     &role_tables,
     &acl_tables,
     &user_tables,

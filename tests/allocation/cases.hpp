@@ -21,6 +21,7 @@ extern const std::span<const Case> acl_cases;
 extern const std::span<const Case> user_cases;
 extern const std::span<const Case> group_cases;
 extern const std::span<const Case> auth_cases;
+extern const std::span<const Case> bundle_cases;
 extern const std::span<const Case> network_cases;
 extern const std::span<const Case> service_cases;
 
