@@ -26,6 +26,7 @@
 #include <twobject/ntp.h>
 #include <twobject/role.h>
 #include <twobject/search.h>
+#include <twobject/smart_groups.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>
 #include <twobject/template.h>

@@ -36,6 +36,7 @@ extern const tables node_load_tables;
 extern const tables node_save_tables;
 extern const tables physif_tables;
 extern const tables role_tables;
+extern const tables smart_group_tables;
 extern const tables tag_tables;
 extern const tables tag_value_tables;
 extern const tables template_tables;
@@ -57,6 +58,7 @@ inline constexpr const tables *all_tables[] = {
     &external_endpoint_tables,
     &physif_tables,
     &bundle_tables,
+    &smart_group_tables,
     &role_tables,
     &acl_tables,
     &user_tables,

@@ -6,7 +6,7 @@
 namespace allocation {
 namespace {
 
-constexpr auto kRecord = &World::group;
+constexpr auto kRecord = &World::user_group;
 
 // How many members a record lists.
 int32_t members(cfg_group *group) {
@@ -38,7 +38,7 @@ void load(Call call) {
 
 // A new text of the caller's.
 void text(char *(*get)(const cfg_group *), const char *expected) {
-  sweep([=](World &w) { return get(w.group); },
+  sweep([=](World &w) { return get(w.user_group); },
         [=](World &, char *copy) {
           const bool there = copy != nullptr;
           if (there) EXPECT_STREQ(copy, expected);
@@ -49,10 +49,10 @@ void text(char *(*get)(const cfg_group *), const char *expected) {
 
 // A new role name, so that the role is made too; an existing role is never made a second time.
 void set_roles(int (*set)(cfg_group *, const char *), char *(*get)(const cfg_group *), const char *name) {
-  sweep([=](World &w) { return set(w.group, name); },
+  sweep([=](World &w) { return set(w.user_group, name); },
         [=](World &w, int done) {
           if (done) {
-            char *now = get(w.group);
+            char *now = get(w.user_group);
             EXPECT_STREQ(now, name);
             std::free(now);
           }
@@ -64,14 +64,14 @@ void set_roles(int (*set)(cfg_group *, const char *), char *(*get)(const cfg_gro
 }
 
 int set_smart_group(cfg_group *group, const char *name) {
-  return cfg_group_set_smart_group_roles(group, name, "smart_groups-1");
+  return cfg_group_set_smart_group_roles(group, name, kSmartGroup);
 }
 
 void save(bool anew) {
-  sweep([](World &w) { return cfg_group_save(w.group); },
+  sweep([](World &w) { return cfg_group_save(w.user_group); },
         [=](World &w, int saved) {
           if (saved) {
-            cfg_group *again = cfg_group_get_by_id(w.store, cfg_group_get_uuid(w.group));
+            cfg_group *again = cfg_group_get_by_id(w.store, cfg_group_get_uuid(w.user_group));
             EXPECT_STREQ(cfg_group_get_groupname(again), kNew);
             EXPECT_EQ(members(again), anew ? 1 : 2);
             cfg_group_free(again);
@@ -80,19 +80,19 @@ void save(bool anew) {
         },
         [=](World &w) {
           if (anew) {
-            cfg_group_free(w.group);
-            w.group = cfg_group_new(w.store, kNew);
+            cfg_group_free(w.user_group);
+            w.user_group = cfg_group_new(w.store, kNew);
           }
-          ASSERT_EQ(cfg_group_set_groupname(w.group, kNew), 1);
-          ASSERT_NE(cfg_group_load_member(w.group, w.stranger, 1), nullptr);
+          ASSERT_EQ(cfg_group_set_groupname(w.user_group, kNew), 1);
+          ASSERT_NE(cfg_group_load_member(w.user_group, w.stranger, 1), nullptr);
         });
 }
 
 // With the administrators' cascade: either all of it, or the user is no member.
 void add_member() {
-  sweep([](World &w) { return cfg_group_add_member(w.group, w.stranger); },
+  sweep([](World &w) { return cfg_group_add_member(w.user_group, w.stranger); },
         [](World &w, int done) {
-          EXPECT_EQ(members(w.group), done ? 2 : 1);
+          EXPECT_EQ(members(w.user_group), done ? 2 : 1);
           if (done) {
             cfg_group *admin = cfg_group_get_by_id(w.store, kAdminGroup);
             EXPECT_EQ(members(admin), 2);
@@ -106,9 +106,9 @@ void add_member() {
 }
 
 void delete_description() {
-  sweep([](World &w) { return cfg_group_set_description(w.group, nullptr); },
+  sweep([](World &w) { return cfg_group_set_description(w.user_group, nullptr); },
         [](World &w, int done) {
-          const bool there = cfg_get_mapelem(cfg_get_by_id(w.store, kGroup), "description") != nullptr;
+          const bool there = cfg_get_mapelem(cfg_get_by_id(w.store, kUserGroup), "description") != nullptr;
           EXPECT_EQ(there, done != 1);
           return done == 1;
         });
@@ -135,7 +135,7 @@ void with_members(Call call, Verdict succeeded) {
           list = nullptr;
           return succeeded(w, result);
         },
-        [&](World &w) { list = cfg_group_member_list_new(w.group); });
+        [&](World &w) { list = cfg_group_member_list_new(w.user_group); });
 }
 
 const Case rows[] = {
@@ -144,16 +144,16 @@ const Case rows[] = {
      [] {
        sweep(
            [](World &w) {
-             cfg_group_delete(w.group);
+             cfg_group_delete(w.user_group);
              return 0;
            },
-           [](World &w, int) { return cfg_get_by_id(w.store, kGroup) == nullptr; });
+           [](World &w, int) { return cfg_get_by_id(w.store, kUserGroup) == nullptr; });
      }},
     {"cfg_group_delete_member",
      [] {
-       sweep([](World &w) { return cfg_group_delete_member(w.group, w.user); },
+       sweep([](World &w) { return cfg_group_delete_member(w.user_group, w.user); },
              [](World &w, int done) {
-               EXPECT_EQ(members(w.group), done ? 0 : 1);
+               EXPECT_EQ(members(w.user_group), done ? 0 : 1);
                return done == 1;
              });
      }},
@@ -161,15 +161,15 @@ const Case rows[] = {
      [] {
        sweep(
            [](World &w) {
-             cfg_group_free(w.group);
-             w.group = nullptr;
+             cfg_group_free(w.user_group);
+             w.user_group = nullptr;
              return 1;
            },
            gives(1));
      }},
     {"cfg_group_get_by_groupname",
      [] { load([](World &w) { return cfg_group_get_by_groupname(w.store, "operators"); }); }},
-    {"cfg_group_get_by_id", [] { load([](World &w) { return cfg_group_get_by_id(w.store, kGroup); }); }},
+    {"cfg_group_get_by_id", [] { load([](World &w) { return cfg_group_get_by_id(w.store, kUserGroup); }); }},
     {"cfg_group_get_description",
      [] { text_getter(cfg_group_get_description, kRecord, "operators' description"); }},
     {"cfg_group_get_enabled", [] { number_getter(cfg_group_get_enabled, kRecord, 1); }},
@@ -177,10 +177,10 @@ const Case rows[] = {
     {"cfg_group_get_groupname", [] { text_getter(cfg_group_get_groupname, kRecord, "operators"); }},
     {"cfg_group_get_member_count", [] { with_members(cfg_group_get_member_count, gives(1)); }},
     {"cfg_group_get_mode", [] { text_getter(cfg_group_get_mode, kRecord, "global"); }},
-    {"cfg_group_get_smart_group", [] { text(cfg_group_get_smart_group, "smart_groups-1"); }},
+    {"cfg_group_get_smart_group", [] { text(cfg_group_get_smart_group, kSmartGroup); }},
     {"cfg_group_get_smart_group_roles", [] { text(cfg_group_get_smart_group_roles, "FernhollowAdmin"); }},
     {"cfg_group_get_uuid",
-     [] { sweep([](World &w) { return cfg_group_get_uuid(w.group); }, gives_text(kGroup)); }},
+     [] { sweep([](World &w) { return cfg_group_get_uuid(w.user_group); }, gives_text(kUserGroup)); }},
     {"cfg_group_list_count", [] { with_list(cfg_group_list_count, gives(2)); }},
     {"cfg_group_list_free",
      [] {
@@ -204,9 +204,9 @@ const Case rows[] = {
      }},
     {"cfg_group_load_member",
      [] {
-       sweep([](World &w) { return cfg_group_load_member(w.group, w.stranger, 1); },
+       sweep([](World &w) { return cfg_group_load_member(w.user_group, w.stranger, 1); },
              [](World &w, cfg_group_member *link) {
-               EXPECT_EQ(members(w.group), link ? 2 : 1);
+               EXPECT_EQ(members(w.user_group), link ? 2 : 1);
                return link != nullptr;
              });
      }},
@@ -214,7 +214,7 @@ const Case rows[] = {
      [] {
        sweep(
            [](World &w) {
-             cfg_group_member_list_free(cfg_group_member_list_new(w.group));
+             cfg_group_member_list_free(cfg_group_member_list_new(w.user_group));
              return 1;
            },
            gives(1));
@@ -231,7 +231,7 @@ const Case rows[] = {
      }},
     {"cfg_group_member_list_new",
      [] {
-       sweep([](World &w) { return cfg_group_member_list_new(w.group); },
+       sweep([](World &w) { return cfg_group_member_list_new(w.user_group); },
              [](World &, cfg_group_member_list *list) {
                if (list) EXPECT_EQ(cfg_group_get_member_count(list), 1);
                cfg_group_member_list_free(list);

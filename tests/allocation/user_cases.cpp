@@ -15,7 +15,7 @@ bool whole(cfg_user *user) {
   EXPECT_STREQ(cfg_user_get_description(user), "member's description");
   EXPECT_EQ(cfg_user_get_enabled(user), 1);
   EXPECT_EQ(cfg_user_get_groups_count(user), 2);
-  EXPECT_STREQ(cfg_user_get_group(user), kGroup);
+  EXPECT_STREQ(cfg_user_get_group(user), kUserGroup);
   EXPECT_STREQ(cfg_user_get_group(user), kAdminGroup);
   return true;
 }
@@ -136,7 +136,7 @@ const Case rows[] = {
      [] { text_getter(cfg_user_get_description, kRecord, "member's description"); }},
     {"cfg_user_get_enabled", [] { number_getter(cfg_user_get_enabled, kRecord, 1); }},
     {"cfg_user_get_group",
-     [] { sweep([](World &w) { return cfg_user_get_group(w.user); }, gives_text(kGroup)); }},
+     [] { sweep([](World &w) { return cfg_user_get_group(w.user); }, gives_text(kUserGroup)); }},
     {"cfg_user_get_groups_count", [] { number_getter(cfg_user_get_groups_count, kRecord, 2); }},
     {"cfg_user_get_no_password", [] { number_getter(cfg_user_get_no_password, kRecord, 0); }},
     {"cfg_user_get_username", [] { text_getter(cfg_user_get_username, kRecord, "member"); }},
@@ -173,7 +173,8 @@ const Case rows[] = {
                return there;
              });
      }},
-    {"cfg_user_remove_group", [] { change([](cfg_user *user) { cfg_user_remove_group(user, kGroup); }, 1); }},
+    {"cfg_user_remove_group",
+     [] { change([](cfg_user *user) { cfg_user_remove_group(user, kUserGroup); }, 1); }},
     {"cfg_user_save",
      [] {
        save(false);

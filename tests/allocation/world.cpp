@@ -56,10 +56,11 @@ class Seed {
     const std::string value = bundle_tag();
     nodes(certificate, value);
     bundles(value, dummy_template());
-    access();
-    auth();
     network();
     services();
+    smart_group();
+    access();
+    auth();
     check(cfg_commit(store, nullptr));
   }
 
@@ -138,6 +139,12 @@ class Seed {
     cfg_elem *value = entry(list(tag, "values"));
     text(value, "value", "northern sites");
     return id(value);
+  }
+
+  void smart_group() {
+    cfg_elem *group = entry(list(map(cfg_root(store), "smart_groups"), "nodes_groups"));
+    text(group, "name", "all that is called n");
+    text(group, "query", R"({"key":"name","op":"equal","string":"n"})");
   }
 
   void etags(cfg_elem *node) {
@@ -223,7 +230,8 @@ class Seed {
       refer(member_groups, group);
     }
     cfg_elem *operators = cfg_simple_get_listelem(store, groups, 0);
-    cfg_elem *smart_group = entry(list(cfg_root(store), "smart_groups"));
+    cfg_elem *smart_group =
+        cfg_simple_get_listelem(store, cfg_get_by_path(store, "smart_groups.nodes_groups"), 0);
     reference(map(operators, "global_roles"), "ref", id(role));
     cfg_elem *smart = map(operators, "smart_group");
     reference(smart, "roles_ref", id(role));
@@ -374,6 +382,7 @@ World::World()
       tags(cfg_get_tag_list(store, CFG_TAG_NODE)),
       tag(cfg_get_tag_by_id(store, kTag)),
       tag_value(cfg_get_tag_value_by_id(store, kTagValue)),
+      group(cfg_smartgroup_get_by_id(store, "nodes", kSmartGroup)),
       templates(cfg_template_list_new(store)),
       dummy(cfg_template_get_by_id(store, kTemplate)),
       bundles(cfg_bundle_list_new(store)),
@@ -390,13 +399,13 @@ World::World()
       acl(cfg_acl_get_by_id(store, kAcl)),
       user(cfg_user_get_by_id(store, kUser)),
       stranger(cfg_user_get_by_id(store, kStranger)),
-      group(cfg_group_get_by_id(store, kGroup)),
+      user_group(cfg_group_get_by_id(store, kUserGroup)),
       auth(cfg_get_auth(store)),
       server(cfg_auth_get_radiusAuthenticationServer(auth, 0)) {
   if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate || !tags || !tag ||
-      !tag_value || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless || !conn ||
-      !endpoint || !endpoints || !ntp || !gateway || !boot_flag || !role || !acl || !user || !stranger ||
-      !group || !auth || !server)
+      !tag_value || !group || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless ||
+      !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag || !role || !acl || !user ||
+      !stranger || !user_group || !auth || !server)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -409,13 +418,14 @@ World::~World() {
   free_whole(tags);
   free_whole(tag);
   cfg_tag_value_free(tag_value);
+  cfg_smartgroup_free(group);
   cfg_template_list_free(templates);
   free_whole(dummy);
   cfg_role_free(role);
   cfg_acl_free(acl);
   cfg_user_free(user);
   cfg_user_free(stranger);
-  cfg_group_free(group);
+  cfg_group_free(user_group);
   cfg_auth_free(auth);
   cfg_auth_server_free(server);
   cfg_bundle_list_free(bundles);

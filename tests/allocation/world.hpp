@@ -15,14 +15,15 @@ inline constexpr char kGeneric[] = "nodes-2";   // with credentials, port labels
 inline constexpr char kCertificate[] = "certificates-1";
 inline constexpr char kTag[] = "tags_node_tags-1";  // "Bundle"
 inline constexpr char kTagValue[] = "tags_node_tags-1_values-1";
+inline constexpr char kSmartGroup[] = "smart_groups_nodes_groups-1";
 inline constexpr char kTemplate[] = "templates-1";         // a dummy
 inline constexpr char kBundle[] = "enrollment_bundles-1";  // with an automatic tag and a template
 inline constexpr char kTagRef[] = "enrollment_bundles-1_automatic_tags-1";
-inline constexpr char kRole[] = "roles-1";  // "FernhollowAdmin", the global role of kGroup
+inline constexpr char kRole[] = "roles-1";  // "FernhollowAdmin", the global role of kUserGroup
 inline constexpr char kAcl[] = "acls-1";
 inline constexpr char kUser[] = "users-1";         // a member of both groups, and "groups" says so
 inline constexpr char kStranger[] = "users-2";     // of none
-inline constexpr char kGroup[] = "groups-1";       // "operators", with roles of both kinds
+inline constexpr char kUserGroup[] = "groups-1";   // "operators", with roles of both kinds
 inline constexpr char kAdminGroup[] = "groups-2";  // "admin"
 
 inline constexpr char kEthernet[] = "system_net_physifs-1";
@@ -60,6 +61,7 @@ class World {
   cfg_tag_list *tags = nullptr;
   cfg_tag *tag = nullptr;              // kTag
   cfg_tag_value *tag_value = nullptr;  // kTagValue
+  cfg_smartgroup *group = nullptr;     // kSmartGroup
   cfg_template_list *templates = nullptr;
   cfg_template *dummy = nullptr;  // kTemplate
   cfg_bundle_list *bundles = nullptr;
@@ -76,7 +78,7 @@ class World {
   cfg_acl *acl = nullptr;              // kAcl
   cfg_user *user = nullptr;            // kUser
   cfg_user *stranger = nullptr;        // kStranger
-  cfg_group *group = nullptr;          // kGroup
+  cfg_group *user_group = nullptr;     // kUserGroup
   cfg_auth *auth = nullptr;
   cfg_auth_server *server = nullptr;  // of the list of RADIUS authentication servers
 };
