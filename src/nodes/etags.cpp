@@ -3,7 +3,6 @@
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
 #include "record/entries.hpp"
-#include "record/memory_watch.hpp"
 #include "record/tables.hpp"
 
 namespace {

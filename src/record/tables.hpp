@@ -32,9 +32,16 @@ extern const tables enrollment_tables;
 extern const tables etag_tables;
 extern const tables external_endpoint_tables;
 extern const tables group_tables;
+extern const tables node_auth_tables;
+extern const tables node_group_tables;
+extern const tables node_interface_tables;
 extern const tables node_load_tables;
 extern const tables node_save_tables;
+extern const tables node_user_tables;
 extern const tables physif_tables;
+extern const tables port_tables;
+extern const tables push_exec_ctxt_tables;
+extern const tables push_node_ctxt_tables;
 extern const tables role_tables;
 extern const tables smart_group_tables;
 extern const tables tag_tables;
@@ -49,6 +56,11 @@ inline constexpr const tables *all_tables[] = {
     &node_load_tables,
     &etag_tables,
     &node_save_tables,
+    &node_interface_tables,
+    &node_user_tables,
+    &node_group_tables,
+    &node_auth_tables,
+    &port_tables,
     &enrollment_tables,
     &tag_tables,
     &tag_value_tables,
@@ -59,6 +71,8 @@ inline constexpr const tables *all_tables[] = {
     &physif_tables,
     &bundle_tables,
     &smart_group_tables,
+    &push_exec_ctxt_tables,
+    &push_node_ctxt_tables,
     &role_tables,
     &acl_tables,
     &user_tables,

@@ -16,6 +16,8 @@ std::vector<Case> all() {
       certificate_cases,
       node_cases,
       node_runtime_cases,
+      node_part_cases,
+      port_cases,
       enrollment_cases,
       tag_cases,
       template_cases,
@@ -27,6 +29,7 @@ std::vector<Case> all() {
       network_cases,
       service_cases,
       search_cases,
+      push_cases,
       bundle_cases,
       smart_group_cases,
   };
