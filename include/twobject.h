@@ -8,6 +8,8 @@
 #ifndef TWOBJECT_H
 #define TWOBJECT_H
 
+#include <twobject/acl.h>
+#include <twobject/auth.h>
 #include <twobject/boot_flag.h>
 #include <twobject/bundle.h>
 #include <twobject/certificate.h>
@@ -15,6 +17,7 @@
 #include <twobject/console_gateway.h>
 #include <twobject/enrollment.h>
 #include <twobject/external_endpoint.h>
+#include <twobject/group.h>
 #include <twobject/net_address.h>
 #include <twobject/net_conn.h>
 #include <twobject/net_physif.h>
@@ -29,10 +32,12 @@
 #include <twobject/port.h>
 #include <twobject/push_exec_ctxt.h>
 #include <twobject/push_node_ctxt.h>
+#include <twobject/role.h>
 #include <twobject/search.h>
 #include <twobject/smart_groups.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>
 #include <twobject/template.h>
+#include <twobject/user.h>
 
 #endif

@@ -117,8 +117,7 @@ cfg_enrollment *cfg_enrollment_get_by_id(cfg *store, const char *id) noexcept {
 
 int cfg_enrollment_save(cfg_enrollment *enrollment) noexcept {
   TW_ASSERT(enrollment && enrollment->cfg, "src/enrollment");
-  cfg_elem *elem =
-      enrollment->uuid ? tw::element_of(*enrollment) : tw::append_new_element(*enrollment, "nodes");
+  cfg_elem *elem = tw::element_to_save(*enrollment, "nodes");
   if (!elem || !tw::store(save_common, *enrollment, enrollment->cfg, elem)) return 0;
   switch (tw::kind_of(enrollment->product)) {
     case tw::product_kind::tarnwell:

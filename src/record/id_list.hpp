@@ -4,6 +4,7 @@
 
 #include <twconfig/element.h>
 
+#include <cstdint>
 #include <memory>
 #include <new>
 
@@ -28,6 +29,15 @@ std::unique_ptr<List> new_id_list(::cfg *store, const char *path) noexcept {
   list->cfg = store;
   list->ids.append_ids(cfg_get_by_path(store, path));
   return memory.ran_short() ? nullptr : std::move(list);
+}
+
+inline std::int32_t entry_count(const id_list *list) noexcept { return list ? list->ids.count() : 0; }
+
+// The record behind the ID at an index, read by its family's look-up. NULL outside the list.
+template <class Record>
+Record *load_entry(const id_list *list, std::int32_t index,
+                   Record *(*by_id)(::cfg *, const char *)) noexcept {
+  return list ? by_id(list->cfg, list->ids.at(index)) : nullptr;
 }
 
 }  // namespace tw

@@ -88,6 +88,18 @@ constexpr row_of<Member> string_row(const char *key) {
            "NULL deletes"}};
 }
 
+// A string that no save deletes: saving NULL leaves what is stored.
+template <auto Member>
+constexpr row_of<Member> kept_string_row(const char *key) {
+  row_of<Member> r = string_row<Member>(key);
+  r.store = [](cfg *store, cfg_elem *map, const char *k, const void *record) {
+    const char *value = member_of<Member>::of(record).c_str();
+    return !value || cfg_map_set_string(store, map, k, value) != 0;
+  };
+  r.rule = "NULL leaves the stored one";
+  return r;
+}
+
 // The ID of another element, kept as text; saving NULL deletes the key.
 template <auto Member>
 constexpr row_of<Member> reference_row(const char *key) {

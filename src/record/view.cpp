@@ -27,9 +27,7 @@ namespace {
 
 using append_entry = int (*)(cfg *, cfg_elem *, cfg_elem *);
 
-cfg_elem *new_entry(object_view &view, cfg_elem *list, append_entry append) noexcept {
-  if (!list) return nullptr;
-  cfg_elem *elem = cfg_new_map(view.cfg);
+cfg_elem *join(object_view &view, cfg_elem *list, cfg_elem *elem, append_entry append) noexcept {
   text id;
   if (!take_uuid(id, elem) || !append(view.cfg, list, elem)) return nullptr;
   view.uuid = std::move(id);
@@ -38,12 +36,21 @@ cfg_elem *new_entry(object_view &view, cfg_elem *list, append_entry append) noex
 
 }  // namespace
 
+cfg_elem *append_element(object_view &view, cfg_elem *list, cfg_elem *elem) noexcept {
+  return join(view, list, elem, cfg_append_future_listelem);
+}
+
 cfg_elem *append_new_element(object_view &view, cfg_elem *list) noexcept {
-  return new_entry(view, list, cfg_append_future_listelem);
+  return list ? append_element(view, list, cfg_new_map(view.cfg)) : nullptr;
+}
+
+cfg_elem *element_to_save(object_view &view, const char *path) noexcept {
+  return view.uuid ? element_of(view) : append_new_element(view, path);
 }
 
 cfg_elem *add_new_element(object_view &view, const char *path) noexcept {
-  return new_entry(view, cfg_get_by_path(view.cfg, path), cfg_add_listelem);
+  cfg_elem *list = cfg_get_by_path(view.cfg, path);
+  return list ? join(view, list, cfg_new_map(view.cfg), cfg_add_listelem) : nullptr;
 }
 
 cfg_elem *map_at(cfg *store, const char *path) noexcept {

@@ -47,8 +47,11 @@ inline cfg_elem *element_of(const object_view &view) noexcept {
 // the final one. NULL for a record without element.
 const char *refreshed_uuid(object_view &view) noexcept;
 
-// Gives a new record its element: an empty map that joins a list, or the list at `path`, as a pending entry.
-// NULL, with the record unchanged, when the list is missing or nothing can be appended.
+// Gives a new record its element: one that was just made joins a list as a pending entry, and the record
+// takes its ID. NULL, with the record unchanged, when list or element is missing or it cannot be appended.
+cfg_elem *append_element(object_view &view, cfg_elem *list, cfg_elem *elem) noexcept;
+
+// The same with an empty map, for a list or the list at `path`.
 cfg_elem *append_new_element(object_view &view, cfg_elem *list) noexcept;
 cfg_elem *append_new_element(object_view &view, const char *path) noexcept;
 // The same, but the entry is one of the list's at once: reads within the same edit see it.
@@ -57,6 +60,10 @@ cfg_elem *add_new_element(object_view &view, const char *path) noexcept;
 // The map at `path`; when it is absent, a new one attached to the root under `path` as one literal key, dots
 // included. Existing stores have such keys, and path look-up finds them under the same spelling.
 cfg_elem *map_at(cfg *store, const char *path) noexcept;
+
+// What most saves begin with: the record's element, or a new one in the list at `path` for a new record. NULL
+// when the element is gone or cannot be made.
+cfg_elem *element_to_save(object_view &view, const char *path) noexcept;
 
 // The map under a key of another map, made and attached when the key is absent. NULL when it cannot be made,
 // when the key holds something that cannot be opened, and when memory is too short to tell.

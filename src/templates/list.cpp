@@ -8,12 +8,10 @@ cfg_template_list *cfg_template_list_new(cfg *store) noexcept {
   return tw::new_id_list<cfg_template_list>(store, "templates").release();
 }
 
-int32_t cfg_template_list_count(const cfg_template_list *list) noexcept {
-  return list ? list->ids.count() : 0;
-}
+int32_t cfg_template_list_count(const cfg_template_list *list) noexcept { return tw::entry_count(list); }
 
 cfg_template *cfg_template_list_get_template(const cfg_template_list *list, int32_t index) noexcept {
-  return list ? cfg_template_get_by_id(list->cfg, list->ids.at(index)) : nullptr;
+  return tw::load_entry(list, index, cfg_template_get_by_id);
 }
 
 void cfg_template_list_free(cfg_template_list *list) noexcept { delete list; }

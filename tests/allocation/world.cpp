@@ -62,6 +62,8 @@ class Seed {
     services();
     smart_group();
     push();
+    access();
+    auth();
     check(cfg_commit(store, nullptr));
   }
 
@@ -292,6 +294,64 @@ class Seed {
     check(cfg_add_listelem(store, list(bundle, "templates"), cfg_new_reference(store, dummy.c_str())));
   }
 
+  void access() {
+    text(entry(list(cfg_root(store), "acls")), "aclname", "the list's name");
+    cfg_elem *role = entry(list(cfg_root(store), "roles"));
+    text(role, "rolename", "FernhollowAdmin");
+    cfg_elem *users = list(cfg_root(store), "users"), *groups = list(cfg_root(store), "groups");
+    cfg_elem *member = user(users, "member"), *stranger = user(users, "stranger");
+    cfg_elem *member_groups = list(member, "groups");
+    list(stranger, "groups");
+    for (const char *name : {"operators", "admin"}) {
+      cfg_elem *group = entry(groups);
+      text(group, "groupname", name);
+      text(group, "description", std::string(name) + "' description");
+      text(group, "mode", "global");
+      check(cfg_map_set_bool(store, group, "enabled", 1));
+      refer(list(group, "members"), member);
+      refer(member_groups, group);
+    }
+    cfg_elem *operators = cfg_simple_get_listelem(store, groups, 0);
+    cfg_elem *smart_group =
+        cfg_simple_get_listelem(store, cfg_get_by_path(store, "smart_groups.nodes_groups"), 0);
+    reference(map(operators, "global_roles"), "ref", id(role));
+    cfg_elem *smart = map(operators, "smart_group");
+    reference(smart, "roles_ref", id(role));
+    reference(smart, "ref", id(smart_group));
+  }
+
+  cfg_elem *user(cfg_elem *users, const char *name) {
+    cfg_elem *made = entry(users);
+    text(made, "username", name);
+    text(made, "description", std::string(name) + "'s description");
+    text(made, "hashed_password", "$5$salt$hash");
+    check(cfg_map_set_bool(store, made, "enabled", 1));
+    check(cfg_map_set_bool(store, made, "no_password", 0));
+    return made;
+  }
+
+  void refer(cfg_elem *list, cfg_elem *to) {
+    check(cfg_add_listelem(store, list, cfg_new_reference(store, id(to).c_str())));
+  }
+
+  void auth() {
+    cfg_elem *auth = map(cfg_root(store), "auth");
+    text(auth, "mode", "auth's mode");
+    cfg_elem *radius = map(auth, "radius"), *tacacs = map(auth, "tacacs"), *ldap = map(auth, "ldap");
+    text(radius, "password", "radius' password");
+    for (const char *key : {"password", "method", "service"})
+      text(tacacs, key, std::string("tacacs' ") + key);
+    for (const char *key :
+         {"baseDN", "bindDN", "usernameAttribute", "groupMembershipAttribute", "bindPassword"})
+      text(ldap, key, std::string("ldap's ") + key);
+    for (cfg_elem *servers : {list(radius, "authenticationServers"), list(radius, "accountingServers"),
+                              list(tacacs, "authenticationServers"), list(ldap, "authenticationServers")}) {
+      cfg_elem *server = entry(servers);
+      text(server, "hostname", "server.example");
+      number(server, "port", 1812);
+    }
+  }
+
   void network() {
     cfg_elem *net = cfg_get_by_path(store, "system.net");
     cfg_elem *physifs = list(net, "physifs");
@@ -441,10 +501,18 @@ World::World()
       boot_flag(cfg_boot_flag_get_by_id(store, kBootFlag)),
       push(cfg_push_exec_ctxt_get_by_id(store, kPush)),
       push_node(cfg_push_node_ctxt_get_by_id(store, kPushNode)),
-      pushes(cfg_push_exec_ctxt_list_new(store)) {
+      pushes(cfg_push_exec_ctxt_list_new(store)),
+      role(cfg_role_get_by_id(store, kRole)),
+      acl(cfg_acl_get_by_id(store, kAcl)),
+      user(cfg_user_get_by_id(store, kUser)),
+      stranger(cfg_user_get_by_id(store, kStranger)),
+      user_group(cfg_group_get_by_id(store, kUserGroup)),
+      auth(cfg_get_auth(store)),
+      server(cfg_auth_get_radiusAuthenticationServer(auth, 0)) {
   if (!store || !node || !generic || !port || !enrollment || !generic_enrollment || !certificate || !tags ||
       !tag || !tag_value || !group || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless ||
-      !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag || !push || !push_node || !pushes)
+      !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag || !push || !push_node || !pushes ||
+      !role || !acl || !user || !stranger || !user_group || !auth || !server)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -461,6 +529,13 @@ World::~World() {
   cfg_smartgroup_free(group);
   cfg_template_list_free(templates);
   free_whole(dummy);
+  cfg_role_free(role);
+  cfg_acl_free(acl);
+  cfg_user_free(user);
+  cfg_user_free(stranger);
+  cfg_group_free(user_group);
+  cfg_auth_free(auth);
+  cfg_auth_server_free(server);
   cfg_bundle_list_free(bundles);
   cfg_bundle_free(bundle);
   cfg_net_physif_free(ethernet);

@@ -20,6 +20,12 @@ inline constexpr char kSmartGroup[] = "smart_groups_nodes_groups-1";
 inline constexpr char kTemplate[] = "templates-1";         // a dummy
 inline constexpr char kBundle[] = "enrollment_bundles-1";  // with an automatic tag and a template
 inline constexpr char kTagRef[] = "enrollment_bundles-1_automatic_tags-1";
+inline constexpr char kRole[] = "roles-1";  // "FernhollowAdmin", the global role of kUserGroup
+inline constexpr char kAcl[] = "acls-1";
+inline constexpr char kUser[] = "users-1";         // a member of both groups, and "groups" says so
+inline constexpr char kStranger[] = "users-2";     // of none
+inline constexpr char kUserGroup[] = "groups-1";   // "operators", with roles of both kinds
+inline constexpr char kAdminGroup[] = "groups-2";  // "admin"
 
 inline constexpr char kEthernet[] = "system_net_physifs-1";
 inline constexpr char kWireless[] = "system_net_physifs-2";
@@ -76,6 +82,13 @@ class World {
   cfg_push_exec_ctxt *push = nullptr;       // kPush
   cfg_push_node_ctxt *push_node = nullptr;  // kPushNode
   cfg_push_exec_ctxt_list *pushes = nullptr;
+  cfg_role *role = nullptr;         // kRole
+  cfg_acl *acl = nullptr;           // kAcl
+  cfg_user *user = nullptr;         // kUser
+  cfg_user *stranger = nullptr;     // kStranger
+  cfg_group *user_group = nullptr;  // kUserGroup
+  cfg_auth *auth = nullptr;
+  cfg_auth_server *server = nullptr;  // of the list of RADIUS authentication servers
 };
 
 // Frees a record with what its free function leaves to others, who are not here.

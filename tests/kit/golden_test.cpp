@@ -24,7 +24,8 @@ void print(std::ostream &out, const tw::named_list &list) {
   out << "\n" << list.name << "\n";
   for (size_t i = 0; i < list.list.count; ++i) {
     const tw::row_data &row = list.list.rows[i];
-    out << "  " << std::left << std::setw(20) << row.key << std::setw(11) << kind_name(row.kind);
+    out << "  " << std::left << std::setw(20) << std::string(row.key) + " " << std::setw(11)
+        << kind_name(row.kind);
     if (list.stores)
       out << row.rule;
     else

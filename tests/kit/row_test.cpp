@@ -233,4 +233,21 @@ TEST_F(Rows, StoringIntoNoMapFails) {
   EXPECT_FALSE(tw::store(all, record, store.get(), nullptr));
 }
 
+constexpr tw::load_list load_kept({tw::kept_string_row<&sample::name>("name")});
+constexpr tw::store_list save_kept({tw::kept_string_row<&sample::name>("name")});
+
+TEST_F(Rows, AKeptStringIsReplacedButNotDeleted) {
+  fill();
+  ASSERT_TRUE(tw::load(load_kept, record, map));
+  EXPECT_STREQ("n", record.name.c_str());
+  ASSERT_TRUE(record.name.set("m"));
+  EXPECT_TRUE(tw::store(save_kept, record, store.get(), map));
+  EXPECT_EQ("m", string_in(map, "name"));
+  record.name.clear();
+  EXPECT_TRUE(tw::store(save_kept, record, store.get(), map));
+  EXPECT_EQ("m", string_in(map, "name"));
+  ASSERT_TRUE(record.name.set("x"));
+  EXPECT_FALSE(tw::store(save_kept, record, store.get(), nullptr));
+}
+
 }  // namespace

@@ -53,6 +53,32 @@ TEST_F(View, WithoutItsListANewElementIsNotMade) {
   EXPECT_FALSE(view.uuid);
 }
 
+TEST_F(View, AnElementThatWasFilledBeforeJoinsItsListWithWhatItHolds) {
+  cfg_elem *list = list_at("things");
+  tw::object_view view = new_view();
+  cfg_elem *elem = cfg_new_map(store.get());
+  ASSERT_TRUE(cfg_map_set_int(store.get(), elem, "n", 1));
+  EXPECT_EQ(nullptr, tw::append_element(view, nullptr, elem));
+  EXPECT_EQ(nullptr, tw::append_element(view, list, nullptr));
+  EXPECT_FALSE(view.uuid);
+  ASSERT_EQ(elem, tw::append_element(view, list, elem));
+  EXPECT_EQ(elem, cfg_get_future_listelem(list, 0));
+  EXPECT_EQ(elem, tw::element_of(view));
+}
+
+TEST_F(View, TheElementToSaveIsMadeOnceAndFoundFromThenOn) {
+  cfg_elem *list = list_at("things");
+  tw::object_view view = new_view();
+  cfg_elem *elem = tw::element_to_save(view, "things");
+  ASSERT_NE(nullptr, elem);
+  EXPECT_EQ(elem, tw::element_to_save(view, "things"));
+  int32_t size = 0;
+  ASSERT_TRUE(cfg_list_future_size(list, &size));
+  EXPECT_EQ(1, size);
+  ASSERT_TRUE(cfg_delete_element(store.get(), elem));
+  EXPECT_EQ(nullptr, tw::element_to_save(view, "things")) << "one that is gone is not made anew";
+}
+
 TEST_F(View, TheRefreshedIdIsTheFinalOneAfterACommit) {
   list_at("things");
   tw::object_view view = new_view();
