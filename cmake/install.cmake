@@ -1,9 +1,10 @@
 # What an installation holds: the shared libraries, their public headers and their pkg-config files. Programs
 # are installed where they are made.
-foreach(library twobject twconfig twlog twmisc)
+foreach(library twobject twaction twbeanstalk twconfig twinfod twlog twmisc)
   install(TARGETS ${library} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endforeach()
-install(DIRECTORY include/ platform/config/include/ platform/log/include/ platform/misc/include/
+install(DIRECTORY include/ platform/action/include/ platform/beanstalk/include/ platform/config/include/
+  platform/infod/include/ platform/log/include/ platform/misc/include/
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
 
 # pkg-config files find their prefix from where they stand, so that an installation can be moved.

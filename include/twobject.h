@@ -12,7 +12,10 @@
 #include <twobject/common.h>
 #include <twobject/enrollment.h>
 #include <twobject/node.h>
+#include <twobject/node_runtime.h>
+#include <twobject/search.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>
+#include <twobject/template.h>
 
 #endif

@@ -104,7 +104,7 @@ int commit(Store &store, const Note &note) {
     if (result.failure) return store.fail(result.failure);
     if (result.stale) continue;
     store.committed = result.revision;
-    finish(store, !result.repeated);
+    finish(store, !result.repeated);  // needs no memory: what is in the store must not be told as failed
     return 1;
   }
   return store.fail(CFG_E_CONFLICT, "conflict: other commits came first %d times in a row", kAttempts);

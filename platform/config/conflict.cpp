@@ -1,6 +1,7 @@
 #include "conflict.hpp"
 
 #include <map>
+#include <utility>
 
 #include "change_walk.hpp"
 #include "commit_log.hpp"
@@ -82,7 +83,6 @@ class Grafter {
         entry->parent = &theirs;
         to->push_back(entry);
       }
-      from->clear();
     }
     for (const ListNode::Removed &gone : ours.removed) {
       if (!remove(theirs, gone)) lose(entry_path(path, gone.number), gone.changed);
@@ -191,9 +191,55 @@ bool free_of_conflicts(Store &store, Snapshot &newest) {
                     static_cast<unsigned long long>(store.edit->lost.front().seen)) != 0;
 }
 
-void rebase(Store &store, std::unique_ptr<Snapshot> newer) {
-  store.move_to(std::move(newer));
-  if (store.edit == nullptr) return;
+namespace {
+
+// Takes a rebase back that could not be finished. Grafting leaves the nodes of the edit as they are, but for
+// their way up to what they were grafted to.
+class RebaseGuard {
+ public:
+  RebaseGuard(Store &store, std::unique_ptr<Snapshot> newer)
+      : store_(store), records_(store.edit->records), lists_(store.edit->lists), lost_(store.edit->lost) {
+    before_ = std::exchange(store.snapshot, std::move(newer));
+    ++store.generation;
+  }
+  ~RebaseGuard() {
+    if (before_ == nullptr) return;
+    store_.edit->records.swap(records_);
+    store_.edit->lists.swap(lists_);
+    store_.edit->lost.swap(lost_);
+    for (const auto &[key, record] : store_.edit->records) lead_back(record.root);
+    for (const auto &[number, list] : store_.edit->lists) lead_back(list.node);
+    store_.move_to(std::move(before_));
+  }
+  RebaseGuard(const RebaseGuard &) = delete;
+  RebaseGuard &operator=(const RebaseGuard &) = delete;
+
+  void done() { before_ = nullptr; }
+
+ private:
+  static void lead_back(Node *node) {
+    if (MapNode *map = as_map(node)) {
+      for (const MapItem &item : map->items) lead_back(item.node, node);
+    } else if (ListNode *list = as_list(node)) {
+      for (auto *entries : {&list->entries, &list->added, &list->future}) {
+        for (Node *entry : *entries) lead_back(entry, node);
+      }
+    }
+  }
+  static void lead_back(Node *child, Node *parent) {
+    if (child == nullptr) return;
+    child->parent = parent;
+    lead_back(child);
+  }
+
+  Store &store_;
+  std::unique_ptr<Snapshot> before_;
+  decltype(Edit::records) records_;
+  decltype(Edit::lists) lists_;
+  decltype(Edit::lost) lost_;
+};
+
+void rebase_edit(Store &store) {
   Edit &edit = *store.edit;
   Grafter grafter(store);
 
@@ -244,6 +290,15 @@ void rebase(Store &store, std::unique_ptr<Snapshot> newer) {
     grafter.graft(record.root, fresh, path);
   }
   ++store.generation;
+}
+
+}  // namespace
+
+void rebase(Store &store, std::unique_ptr<Snapshot> newer) {
+  if (store.edit == nullptr) return store.move_to(std::move(newer));
+  RebaseGuard guard(store, std::move(newer));
+  rebase_edit(store);
+  guard.done();
 }
 
 }  // namespace twcfg

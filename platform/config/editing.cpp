@@ -202,13 +202,19 @@ bool clear_list(Head *list) {
   ListNode *node = edit_list(list);
   if (node == nullptr) return false;
   const std::uint64_t seen = store.snapshot->revision();
+  // What needs memory comes first: a list is emptied whole or not at all.
+  std::vector<Key> stored;
   if (node->distant != 0) {
     const auto cursor = store.snapshot->cursor();
     for (bool more = cursor->seek(make_key(node->distant, 1));
          more && space_of(cursor->key()) == node->distant; more = cursor->next()) {
-      node->remove_number(item_of(cursor->key()), seen);
-      store.edit->records.erase(cursor->key());
+      stored.push_back(cursor->key());
     }
+  }
+  node->removed.reserve(node->removed.size() + stored.size() + node->entries.size());
+  for (const Key key : stored) {
+    node->remove_number(item_of(key), seen);
+    store.edit->records.erase(key);
   }
   for (Node *entry : node->entries) {
     node->remove_number(entry->number, seen);

@@ -3,6 +3,7 @@
 #include <twconfig/transfer.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -251,12 +252,14 @@ Json parse(cfg_import_source source, void *context, json_error_t &error) {
     const auto *from = static_cast<const Reader *>(data);
     return from->source(from->context, static_cast<char *>(buffer), size);
   };
-  return {json_load_callback(read, &reader, JSON_REJECT_DUPLICATES, &error), &json_decref};
+  errno = 0;
+  Json json(json_load_callback(read, &reader, JSON_REJECT_DUPLICATES, &error), &json_decref);
+  if (json == nullptr && errno == ENOMEM) throw std::bad_alloc();
+  return json;
 }
 
-bool take_over(Store &store, std::unique_ptr<Edit> edit, MapNode *imported) {
-  store.drop_edit();
-  store.edit = std::move(edit);
+// Makes the imported content the content of a new edit.
+bool fill_edit(Store &store, MapNode *imported) {
   Head *root = root_head(store);
   MapNode *map = root == nullptr ? nullptr : edit_map(root);
   if (map == nullptr) return false;
@@ -269,6 +272,22 @@ bool take_over(Store &store, std::unique_ptr<Edit> edit, MapNode *imported) {
     if (!set_item(root, item.key->text, item.node)) return false;
   }
   map->owner->retired = imported->owner->retired;
+  return true;
+}
+
+// Puts the new edit in the place of the handle's; that one is dropped only when nothing can fail any more.
+bool take_over(Store &store, std::unique_ptr<Edit> edit, MapNode *imported) {
+  store.edit.swap(edit);
+  ++store.generation;
+  const auto swap_back = [&edit](Store *handle) {
+    handle->edit.swap(edit);
+    ++handle->generation;
+  };
+  std::unique_ptr<Store, decltype(swap_back)> before(&store, swap_back);
+  if (!fill_edit(store, imported)) return false;
+  before.reset();  // the old edit is the handle's once more, and dropped as such
+  store.drop_edit();
+  store.edit = std::move(edit);
   return true;
 }
 

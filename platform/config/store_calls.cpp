@@ -201,16 +201,28 @@ int cfg_compact(cfg *store, const char *path) noexcept {
 
 // ---- Messages ----
 
+namespace {
+
+// 1, or 0 with the reason noted.
+int noted(cfg *store, bool added) {
+  if (added) return 1;
+  if (store->messages.size() < static_cast<int32_t>(MessageList::kMax))
+    return store->fail(CFG_E_MEMORY, "out of memory");
+  return store->fail(CFG_E_LIMIT, "an edit carries at most %zu messages", MessageList::kMax);
+}
+
+}  // namespace
+
 int cfg_message_add_unexpected(cfg *store, const char *file, int32_t line) noexcept {
-  return store != nullptr && store->messages.add_unexpected(file, line) ? 1 : 0;
+  return given(store, file) ? noted(store, store->messages.add_unexpected(file, line)) : 0;
 }
 
 int cfg_message_add_bad_key(cfg *store) noexcept {
-  return store != nullptr && store->messages.add_bad_key() ? 1 : 0;
+  return store != nullptr ? noted(store, store->messages.add_bad_key()) : 0;
 }
 
 int cfg_message_add_csr_generate_failed(cfg *store) noexcept {
-  return store != nullptr && store->messages.add_csr_generate_failed() ? 1 : 0;
+  return store != nullptr ? noted(store, store->messages.add_csr_generate_failed()) : 0;
 }
 
 int32_t cfg_get_message_count(const cfg *store) noexcept {

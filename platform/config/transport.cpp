@@ -99,13 +99,22 @@ class Stream {
   Clock::time_point deadline_ = kNever;
 };
 
+// A message on its way. Jansson goes on behind a member's name that it could not write, so that what has
+// failed once must keep failing: half a message is never sent.
+struct Text {
+  std::string message = std::string(kHeaderSize, '\0');
+  bool whole = true;
+};
+
 int append_text(const char *data, std::size_t size, void *context) noexcept {
-  auto &message = *static_cast<std::string *>(context);
-  if (size > kMaxBody + kHeaderSize - message.size()) return -1;
+  auto &text = *static_cast<Text *>(context);
+  text.whole = text.whole && size <= kMaxBody + kHeaderSize - text.message.size();
+  if (!text.whole) return -1;
   try {
-    message.append(data, size);
+    text.message.append(data, size);
     return 0;
   } catch (const std::exception &) {
+    text.whole = false;
     return -1;
   }
 }
@@ -126,8 +135,10 @@ int cfg_send(int socket, const json_t *value) noexcept {
   Stream stream(socket, SO_SNDTIMEO);
   if (!value || !stream.usable()) return 0;
   try {
-    std::string message(kHeaderSize, '\0');
-    if (json_dump_callback(value, append_text, &message, JSON_COMPACT | JSON_ENCODE_ANY) < 0) return 0;
+    Text text;
+    if (json_dump_callback(value, append_text, &text, JSON_COMPACT | JSON_ENCODE_ANY) < 0 || !text.whole)
+      return 0;
+    std::string &message = text.message;
     const std::size_t length = message.size() - kHeaderSize;
     for (std::size_t i = 0; i < kHeaderSize; ++i)
       message[i] = static_cast<char>(length >> (8 * (kHeaderSize - 1 - i)) & 0xff);

@@ -12,12 +12,15 @@ class Verifier {
   Verifier(Store &store, cfg_problem_visitor visit, void *context)
       : store_(store), visit_(visit), context_(context) {}
 
+  // False with the reason noted.
   bool run() {
     const Failure failure = store_.engine->verify(
         [&](const std::string &where, const std::string &what) { problem(where, what.c_str()); });
+    if (failure.code == CFG_E_MEMORY) return store_.fail(failure) != 0;  // which says nothing about the store
     if (failure) problem("engine", failure.text.c_str());
     // Reading on through damaged pages could end the process.
-    if (problems_ > 0 || !store_.reading()) return false;
+    if (problems_ > 0) return damaged();
+    if (!store_.reading()) return false;
     const Stored root = store_.snapshot->get(kRootKey);
     if (root) record(".", root.bytes);
     // Lists are checked as they are found, so that what cannot be reached from the root stands out.
@@ -28,10 +31,12 @@ class Verifier {
     }
     unreachable();
     if (const Failure reading = store_.snapshot->failure()) problem("engine", reading.text.c_str());
-    return problems_ == 0;
+    return problems_ == 0 || damaged();
   }
 
  private:
+  bool damaged() { return store_.fail(CFG_E_CORRUPT, "the store is damaged") != 0; }
+
   void problem(const std::string &where, const char *what) {
     ++problems_;
     if (visit_ != nullptr && !stopped_) stopped_ = visit_(context_, where.c_str(), what) == 0;
@@ -112,7 +117,6 @@ int cfg_verify(cfg *store, cfg_problem_visitor visit, void *context) noexcept {
   if (store == nullptr) return 0;
   return guarded(store, 0, [&] {
     if (!store->in_own_process()) return 0;
-    if (Verifier(*store, visit, context).run()) return 1;
-    return store->fail(CFG_E_CORRUPT, "the store is damaged");
+    return Verifier(*store, visit, context).run() ? 1 : 0;
   });
 }

@@ -9,6 +9,7 @@
 
 #include "nodes/port_labels.hpp"
 #include "nodes/product.hpp"
+#include "nodes/runtime.hpp"
 #include "record/owned_certificate.hpp"
 #include "record/view.hpp"
 
@@ -28,6 +29,7 @@ struct cfg_node : tw::object_view {
   tw::text bundle_id;
   tw::text mac_address;
   tw::text fhvpn_address;
+  std::unique_ptr<tw::node_runtime> runtime;  // NULL until it is asked for
   uint32_t ssh_port = 0;
   int32_t approved = 0;
   tw::owned_certificate certificate;

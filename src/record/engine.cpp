@@ -33,4 +33,8 @@ bool store_all(const store_rows &list, const void *record, cfg *store, cfg_elem 
   return true;
 }
 
+void store_each_of(const store_rows &list, const void *record, cfg *store, cfg_elem *map) noexcept {
+  for (std::size_t i = 0; i < list.count; ++i) list.rows[i].store(store, map, list.rows[i].key, record);
+}
+
 }  // namespace tw

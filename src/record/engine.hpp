@@ -11,6 +11,7 @@ bool load_all(const load_rows &list, void *record, cfg_elem *map) noexcept;
 bool load_all_below(const load_rows &list, void *record, cfg_elem *map, const char *child) noexcept;
 bool load_values(const load_rows &list, void *record, const cfg_value *values) noexcept;
 bool store_all(const store_rows &list, const void *record, cfg *store, cfg_elem *map) noexcept;
+void store_each_of(const store_rows &list, const void *record, cfg *store, cfg_elem *map) noexcept;
 
 // Reads every key of the list from the map, in one pass, and gives it to its row in list order. False when
 // the map is none, a row's presence rule is broken or a row fails; the record is then half filled: free it.
@@ -35,6 +36,13 @@ bool load_from(const load_list<Record, N> &list, Record &record, const cfg_value
 template <class Record, std::size_t N>
 bool store(const store_list<Record, N> &list, const Record &record, cfg *store, cfg_elem *map) noexcept {
   return store_all(list, &record, store, map);
+}
+
+// The same, but also writes the rows behind a write that fails. For records that are saved as far as the
+// store takes them, which is then not told.
+template <class Record, std::size_t N>
+void store_each(const store_list<Record, N> &list, const Record &record, cfg *store, cfg_elem *map) noexcept {
+  store_each_of(list, &record, store, map);
 }
 
 }  // namespace tw

@@ -27,11 +27,12 @@ extern const tables node_load_tables;
 extern const tables node_save_tables;
 extern const tables tag_tables;
 extern const tables tag_value_tables;
+extern const tables template_tables;
 
 // All of them, in the order of the dump.
 inline constexpr const tables *all_tables[] = {
     &certificate_tables, &node_load_tables, &etag_tables,      &node_save_tables,
-    &enrollment_tables,  &tag_tables,       &tag_value_tables,
+    &enrollment_tables,  &tag_tables,       &tag_value_tables, &template_tables,
 };
 
 }  // namespace tw

@@ -11,8 +11,11 @@ namespace allocation {
 extern const std::span<const Case> system_cases;
 extern const std::span<const Case> certificate_cases;
 extern const std::span<const Case> node_cases;
+extern const std::span<const Case> node_runtime_cases;
 extern const std::span<const Case> enrollment_cases;
+extern const std::span<const Case> search_cases;
 extern const std::span<const Case> tag_cases;
+extern const std::span<const Case> template_cases;
 
 }  // namespace allocation
 

@@ -9,9 +9,21 @@ namespace allocation {
 namespace {
 
 std::vector<Case> all() {
+  // One to a line, so that families can be added side by side.
+  // One on a line, so that families can be added side by side.
+  // clang-format off
   const std::span<const Case> families[] = {
-      system_cases, certificate_cases, node_cases, enrollment_cases, tag_cases,
+      system_cases,
+      certificate_cases,
+      node_cases,
+      node_runtime_cases,
+      enrollment_cases,
+      tag_cases,
+      template_cases,
+      search_cases,
+      tag_cases,
   };
+  // clang-format on
   std::vector<Case> rows;
   for (const auto family : families) rows.insert(rows.end(), family.begin(), family.end());
   return rows;

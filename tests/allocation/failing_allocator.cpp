@@ -20,6 +20,7 @@ struct Plan {
   bool armed = false;
   bool refused_one = false;
   long left = 0;
+  std::size_t largest = 0;
   allocation::Behind behind = allocation::Behind::granted;
   allocation::Whose whose = allocation::Whose::everybodys;
 };
@@ -47,8 +48,9 @@ int take_openssl(dl_phdr_info *library, std::size_t, void *) {
   return 1;
 }
 
-TW_PLAIN bool granted(const void *caller) {
+TW_PLAIN bool granted(const void *caller, std::size_t size) {
   if (!plan.armed) return true;
+  if (size > plan.largest) plan.largest = size;
   if (plan.whose == allocation::Whose::not_openssls && is_openssl(caller)) return true;
   if (--plan.left > 0) return true;
   const bool refused = plan.left == 0 || plan.behind == allocation::Behind::refused;
@@ -82,7 +84,7 @@ TW_PLAIN void *made_by_new(std::size_t size) {
 
 void allocation::refuse(long nth, Behind behind, Whose whose) noexcept {
   if (openssl.end == 0) dl_iterate_phdr(take_openssl, nullptr);
-  plan = {true, false, nth, behind, whose};
+  plan = {true, false, nth, 0, behind, whose};
 }
 
 bool allocation::stop_refusing() noexcept {
@@ -90,24 +92,28 @@ bool allocation::stop_refusing() noexcept {
   return plan.refused_one;
 }
 
-allocation::Granted::Granted() noexcept : armed(plan.armed), first(granted(nullptr)) { plan.armed = false; }
+std::size_t allocation::largest_asked() noexcept { return plan.largest; }
+
+allocation::Granted::Granted() noexcept : armed(plan.armed), first(granted(nullptr, 0)) {
+  plan.armed = false;
+}
 allocation::Granted::~Granted() { plan.armed = armed; }
 
 extern "C" {
 
 TW_PLAIN void *malloc(std::size_t size) {
   auto *real = next<void *(std::size_t)>("malloc");
-  return real && granted(__builtin_return_address(0)) ? real(size) : nullptr;
+  return real && granted(__builtin_return_address(0), size) ? real(size) : nullptr;
 }
 
 TW_PLAIN void *calloc(std::size_t count, std::size_t size) {
   auto *real = next<void *(std::size_t, std::size_t)>("calloc");
-  return real && granted(__builtin_return_address(0)) ? real(count, size) : nullptr;
+  return real && granted(__builtin_return_address(0), count * size) ? real(count, size) : nullptr;
 }
 
 TW_PLAIN void *realloc(void *old, std::size_t size) {
   auto *real = next<void *(void *, std::size_t)>("realloc");
-  return real && granted(__builtin_return_address(0)) ? real(old, size) : nullptr;
+  return real && granted(__builtin_return_address(0), size) ? real(old, size) : nullptr;
 }
 
 // The C library's allocates with malloc(), a sanitizer's does not.
@@ -119,11 +125,18 @@ TW_PLAIN char *strdup(const char *text) {
 
 TW_PLAIN int posix_memalign(void **out, std::size_t alignment, std::size_t size) {
   auto *real = next<int(void **, std::size_t, std::size_t)>("posix_memalign");
-  return real && granted(__builtin_return_address(0)) ? real(out, alignment, size) : ENOMEM;
+  return real && granted(__builtin_return_address(0), size) ? real(out, alignment, size) : ENOMEM;
 }
 }
 
 TW_PLAIN void *operator new(std::size_t size) { return made_by_new(size); }
+TW_PLAIN void *operator new(std::size_t size, std::align_val_t alignment) {
+  void *memory = nullptr;
+  if (posix_memalign(&memory, std::max(static_cast<std::size_t>(alignment), sizeof memory),
+                     size ? size : 1) != 0)
+    throw std::bad_alloc();
+  return memory;
+}
 TW_PLAIN void *operator new[](std::size_t size) { return made_by_new(size); }
 TW_PLAIN void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
   return std::malloc(size ? size : 1);
@@ -132,6 +145,8 @@ TW_PLAIN void *operator new[](std::size_t size, const std::nothrow_t &) noexcept
   return std::malloc(size ? size : 1);
 }
 TW_PLAIN void operator delete(void *memory) noexcept { std::free(memory); }
+TW_PLAIN void operator delete(void *memory, std::align_val_t) noexcept { std::free(memory); }
+TW_PLAIN void operator delete(void *memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
 TW_PLAIN void operator delete[](void *memory) noexcept { std::free(memory); }
 TW_PLAIN void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
 TW_PLAIN void operator delete[](void *memory, std::size_t) noexcept { std::free(memory); }

@@ -3,6 +3,8 @@
 #ifndef TW_TESTS_ALLOCATION_FAILING_ALLOCATOR_HPP
 #define TW_TESTS_ALLOCATION_FAILING_ALLOCATOR_HPP
 
+#include <cstddef>
+
 namespace allocation {
 
 // What becomes of the allocations behind the one that is refused.
@@ -16,6 +18,8 @@ enum class Whose { everybodys, not_openssls };
 void refuse(long nth, Behind behind, Whose whose = Whose::everybodys) noexcept;
 // Back to normal. Tells whether an allocation was refused.
 bool stop_refusing() noexcept;
+// The size of the largest allocation that was asked for between the two.
+std::size_t largest_asked() noexcept;
 
 // For a call that stands for all of its own allocations: asks for one allocation, and while this lives the
 // thread's further allocations are granted and not counted.

@@ -54,6 +54,7 @@ class Seed {
     certificate_authority();
     const std::string certificate = one_certificate();
     nodes(certificate, bundle_tag());
+    templates();
     check(cfg_commit(store, nullptr));
   }
 
@@ -178,6 +179,14 @@ class Seed {
       check(cfg_add_listelem(store, labels, cfg_new_string(store, label)));
   }
 
+  void templates() {
+    cfg_elem *dummy = entry(list(cfg_root(store), "templates"));
+    text(dummy, "name", "the template's name");
+    text(dummy, "description", "the template's description");
+    text(dummy, "template_type", "dummy");
+    text(dummy, "dummy_field", "the template's text");
+  }
+
   cfg *store;
 };
 
@@ -237,9 +246,11 @@ World::World()
       certificate(cfg_get_certificate_by_id(store, kCertificate)),
       tags(cfg_get_tag_list(store, CFG_TAG_NODE)),
       tag(cfg_get_tag_by_id(store, kTag)),
-      tag_value(cfg_get_tag_value_by_id(store, kTagValue)) {
+      tag_value(cfg_get_tag_value_by_id(store, kTagValue)),
+      templates(cfg_template_list_new(store)),
+      dummy(cfg_template_get_by_id(store, kTemplate)) {
   if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate || !tags || !tag ||
-      !tag_value)
+      !tag_value || !templates || !dummy)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -252,6 +263,8 @@ World::~World() {
   free_whole(tags);
   free_whole(tag);
   cfg_tag_value_free(tag_value);
+  cfg_template_list_free(templates);
+  free_whole(dummy);
   cfg_close(store);
   cfg_close(unread);
 }
@@ -280,6 +293,13 @@ void free_whole(cfg_tag_list *tags) {
   cfg_tag_list_free(tags);
   std::free(static_cast<void *>(all));
   std::free(const_cast<char *>(uuid));
+}
+
+void free_whole(cfg_template *record) {
+  const char *left[] = {cfg_template_get_uuid(record), cfg_template_get_description(record),
+                        cfg_dummy_template_get_dummy_field(record)};
+  cfg_template_free(record);
+  for (const char *text : left) std::free(const_cast<char *>(text));
 }
 
 }  // namespace allocation

@@ -15,6 +15,7 @@ inline constexpr char kGeneric[] = "nodes-2";   // with credentials, port labels
 inline constexpr char kCertificate[] = "certificates-1";
 inline constexpr char kTag[] = "tags_node_tags-1";  // "Bundle"
 inline constexpr char kTagValue[] = "tags_node_tags-1_values-1";
+inline constexpr char kTemplate[] = "templates-1";  // a dummy
 
 // A text that was not there before; long, so that it is never kept within a string object.
 inline constexpr char kNew[] = "a new text, longer than what fits into a string object";
@@ -44,12 +45,15 @@ class World {
   cfg_tag_list *tags = nullptr;
   cfg_tag *tag = nullptr;              // kTag
   cfg_tag_value *tag_value = nullptr;  // kTagValue
+  cfg_template_list *templates = nullptr;
+  cfg_template *dummy = nullptr;  // kTemplate
 };
 
 // Frees a record with what its free function leaves to others, who are not here.
 void free_whole(cfg_certificate *certificate);
 void free_whole(cfg_tag *tag);
 void free_whole(cfg_tag_list *tags);
+void free_whole(cfg_template *record);
 
 }  // namespace allocation
 

@@ -221,6 +221,13 @@ TEST_F(Rows, AreTakenInListOrderUpToTheFirstThatFails) {
   EXPECT_EQ("abab", visited);
 }
 
+TEST_F(Rows, StoringEachGoesOnBehindTheFirstThatFails) {
+  visited.clear();
+  fail_at_b = true;
+  tw::store_each(ordered_store, record, store.get(), map);
+  EXPECT_EQ("abc", visited);
+}
+
 TEST_F(Rows, StoringIntoNoMapFails) {
   ASSERT_TRUE(record.name.set("n"));
   EXPECT_FALSE(tw::store(all, record, store.get(), nullptr));

@@ -8,7 +8,7 @@ import unittest
 import surface
 from surface import LIBRARIES, ROOT
 
-NODES = {"twobject": "TWOBJECT_1.0", "twconfig": "TWCONFIG_1.0", "twlog": "TWLOG_1.0", "twmisc": "TWMISC_1.0"}
+NODES = {library: f"{library.upper()}_1.0" for library in LIBRARIES}
 
 
 def exports(path):

@@ -18,12 +18,15 @@ CXX = os.environ.get("TW_CXX", "c++")
 
 LIBRARIES = {
     "twobject": BUILD / "src/libtwobject.so",
+    "twaction": BUILD / "platform/action/libtwaction.so",
+    "twbeanstalk": BUILD / "platform/beanstalk/libtwbeanstalk.so",
     "twconfig": BUILD / "platform/config/libtwconfig.so",
+    "twinfod": BUILD / "platform/infod/libtwinfod.so",
     "twlog": BUILD / "platform/log/libtwlog.so",
     "twmisc": BUILD / "platform/misc/libtwmisc.so",
 }
 # The folder below platform/ whose public headers belong to a library.
-PLATFORM = {"twconfig": "config", "twlog": "log", "twmisc": "misc"}
+PLATFORM = {library: path.parent.name for library, path in LIBRARIES.items() if library != "twobject"}
 
 
 def declared(library):

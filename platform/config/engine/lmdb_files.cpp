@@ -60,9 +60,10 @@ Failure sync_directory(const std::string &path) {
 
 // The process's umask may take more away than others' access, hence the second word on modes, here and below.
 Failure make_directory(const std::string &path) {
+  const std::string parent = parent_of(path);
   if (mkdir(path.c_str(), 0700) != 0 || chmod(path.c_str(), 0700) != 0)
     return lmdb_failure(errno, path, "cannot be created");
-  return sync_directory(parent_of(path));
+  return sync_directory(parent);
 }
 
 }  // namespace
@@ -182,14 +183,17 @@ Failure find_store(const std::string &path, unsigned options, StoreFiles &files)
 }
 
 Failure make_store_copy(const std::string &path, Table *source) {
-  if (Failure failure = make_directory(path)) return failure;
   const std::string data = path + "/data.mdb";
-  Failure failure = write_data_file(data, source);
-  if (!failure) failure = sync_directory(path);
-  if (failure) {
+  if (Failure failure = make_directory(path)) return failure;
+  Failure failure{CFG_E_MEMORY, {}};
+  const auto remove_unfinished = [&](const Failure *result) {
+    if (!*result) return;
     unlink(data.c_str());
     rmdir(path.c_str());
-  }
+  };
+  const std::unique_ptr<const Failure, decltype(remove_unfinished)> guard(&failure, remove_unfinished);
+  failure = write_data_file(data, source);
+  if (!failure) failure = sync_directory(path);
   return failure;
 }
 

@@ -1,7 +1,9 @@
 // A view of one revision, read in place from the map.
 #pragma once
 
+#include <cerrno>
 #include <memory>
+#include <new>
 
 #include "engine/lmdb_environment.hpp"
 #include "engine/lmdb_error.hpp"
@@ -29,13 +31,15 @@ class LmdbSnapshot final : public Snapshot {
 
   MDB_txn *txn() const { return reader_->txn; }
   const LmdbEnvironment::Reader &reader() const { return *reader_; }
-  // What `read` returns, or a value-initialised result when it cannot read.
+  // What `read` returns, or a value-initialised result when it cannot read. Memory that is short says nothing
+  // about the store and is no failure of the snapshot.
   template <class Read>
   auto guarded(Read read) -> decltype(read()) {
     if (environment_->forked()) return {};
     try {
       return read();
     } catch (const LmdbError &error) {
+      if (error.code == ENOMEM) throw std::bad_alloc();
       if (error_ == 0) error_ = error.code;
       return {};
     }

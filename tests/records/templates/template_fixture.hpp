@@ -1,0 +1,42 @@
+// Templates in a store, and records that give back all of themselves: what their free function leaves as
+// well.
+#ifndef TW_TESTS_RECORDS_TEMPLATES_TEMPLATE_FIXTURE_HPP
+#define TW_TESTS_RECORDS_TEMPLATES_TEMPLATE_FIXTURE_HPP
+
+#include <twobject/template.h>
+
+#include "records/store_fixture.hpp"
+
+namespace records {
+
+struct free_template {
+  void operator()(cfg_template *record) const {
+    const char *left[] = {cfg_template_get_uuid(record), cfg_template_get_description(record),
+                          cfg_dummy_template_get_dummy_field(record)};
+    cfg_template_free(record);
+    for (const char *text : left) std::free(const_cast<char *>(text));
+  }
+};
+using template_record = std::unique_ptr<cfg_template, free_template>;
+
+class TemplateTest : public StoreTest {
+ protected:
+  /** A committed template (once the edit is). */
+  cfg_elem *add_template(const char *name, const char *type) {
+    cfg_elem *elem = entry_of("templates");
+    set(elem, "name", name);
+    if (type != nullptr) set(elem, "template_type", type);
+    return elem;
+  }
+  template_record load(const std::string &id) {
+    return template_record(cfg_template_get_by_id(store, id.c_str()));
+  }
+  template_record load(cfg_elem *elem) { return load(id_of(elem)); }
+  template_record fresh(const char *name, int32_t type) {
+    return template_record(cfg_template_new(store, name, type));
+  }
+};
+
+}  // namespace records
+
+#endif
