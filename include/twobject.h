@@ -8,11 +8,18 @@
 #ifndef TWOBJECT_H
 #define TWOBJECT_H
 
+#include <twobject/boot_flag.h>
 #include <twobject/certificate.h>
 #include <twobject/common.h>
+#include <twobject/console_gateway.h>
 #include <twobject/enrollment.h>
+#include <twobject/external_endpoint.h>
+#include <twobject/net_address.h>
+#include <twobject/net_conn.h>
+#include <twobject/net_physif.h>
 #include <twobject/node.h>
 #include <twobject/node_runtime.h>
+#include <twobject/ntp.h>
 #include <twobject/search.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>

@@ -1,21 +1,12 @@
 // System settings: single keys, read and written straight in the store.
 #include <twobject/system.h>
 
-#include <twconfig/element.h>
+#include "record/view.hpp"
 
 namespace {
 
 constexpr char system_map[] = "system";
 constexpr char third_party_map[] = "system.third_party";
-
-// The map at `path`; when it is absent, a new one attached to the root under `path` as one literal key. For
-// "system.third_party" that is a key with a dot in it: existing stores have it there, and path look-up finds
-// it under the same spelling as a map "third_party" inside "system".
-cfg_elem *map_at(cfg *store, const char *path) noexcept {
-  if (cfg_elem *map = cfg_get_by_path(store, path)) return map;
-  cfg_elem *map = cfg_new_map(store);
-  return map && cfg_add_mapelem(store, cfg_root(store), path, map) ? map : nullptr;
-}
 
 int get_string(cfg *store, const char *path, char **out) noexcept {
   return cfg_string_value(cfg_get_by_path(store, path), out);
@@ -27,11 +18,11 @@ int get_int(cfg *store, const char *path, int32_t *out) noexcept {
 
 int set_string(cfg *store, const char *map, const char *key, const char *value) noexcept {
   if (!store || !value) return 0;  // before a map is made for nothing
-  return cfg_map_set_string(store, map_at(store, map), key, value);
+  return cfg_map_set_string(store, tw::map_at(store, map), key, value);
 }
 
 int set_int(cfg *store, const char *map, const char *key, int32_t value) noexcept {
-  return store && cfg_map_set_int(store, map_at(store, map), key, value);
+  return store && cfg_map_set_int(store, tw::map_at(store, map), key, value);
 }
 
 }  // namespace
@@ -60,8 +51,8 @@ int cfg_system_set_cli_session_timeout(cfg *store, int32_t timeout) noexcept {
 int cfg_system_get_timezone(cfg *store, char **out) noexcept {
   return get_string(store, "system.timezone", out);
 }
-int cfg_system_set_timezone(cfg *store, const char *timezone) noexcept {
-  return set_string(store, system_map, "timezone", timezone);
+int cfg_system_set_timezone(cfg *store, const char *zone) noexcept {
+  return set_string(store, system_map, "timezone", zone);
 }
 
 int cfg_system_get_ping_interval(cfg *store, int32_t *out) noexcept {

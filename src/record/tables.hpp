@@ -28,11 +28,17 @@ extern const tables node_save_tables;
 extern const tables tag_tables;
 extern const tables tag_value_tables;
 extern const tables template_tables;
+extern const tables boot_flag_tables;
+extern const tables conn_tables;
+extern const tables external_endpoint_tables;
+extern const tables physif_tables;
 
 // All of them, in the order of the dump.
 inline constexpr const tables *all_tables[] = {
-    &certificate_tables, &node_load_tables, &etag_tables,      &node_save_tables,
-    &enrollment_tables,  &tag_tables,       &tag_value_tables, &template_tables,
+    &certificate_tables, &node_load_tables,         &etag_tables,
+    &node_save_tables,   &enrollment_tables,        &tag_tables,
+    &tag_value_tables,   &template_tables,          &boot_flag_tables,
+    &conn_tables,        &external_endpoint_tables, &physif_tables,
 };
 
 }  // namespace tw

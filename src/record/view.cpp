@@ -23,13 +23,35 @@ cfg_elem *append_new_element(object_view &view, const char *path) noexcept {
   return append_new_element(view, cfg_get_by_path(view.cfg, path));
 }
 
-cfg_elem *append_new_element(object_view &view, cfg_elem *list) noexcept {
+namespace {
+
+using append_entry = int (*)(cfg *, cfg_elem *, cfg_elem *);
+
+cfg_elem *new_entry(object_view &view, cfg_elem *list, append_entry append) noexcept {
   if (!list) return nullptr;
   cfg_elem *elem = cfg_new_map(view.cfg);
   text id;
-  if (!take_uuid(id, elem) || !cfg_append_future_listelem(view.cfg, list, elem)) return nullptr;
+  if (!take_uuid(id, elem) || !append(view.cfg, list, elem)) return nullptr;
   view.uuid = std::move(id);
   return elem;
+}
+
+}  // namespace
+
+cfg_elem *append_new_element(object_view &view, cfg_elem *list) noexcept {
+  return new_entry(view, list, cfg_append_future_listelem);
+}
+
+cfg_elem *add_new_element(object_view &view, const char *path) noexcept {
+  return new_entry(view, cfg_get_by_path(view.cfg, path), cfg_add_listelem);
+}
+
+cfg_elem *map_at(cfg *store, const char *path) noexcept {
+  const memory_watch memory;
+  if (cfg_elem *map = cfg_get_by_path(store, path)) return map;
+  if (memory.ran_short()) return nullptr;  // or a new map would take the place of what is there
+  cfg_elem *map = cfg_new_map(store);
+  return map && cfg_add_mapelem(store, cfg_root(store), path, map) ? map : nullptr;
 }
 
 namespace {

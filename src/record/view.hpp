@@ -51,6 +51,12 @@ const char *refreshed_uuid(object_view &view) noexcept;
 // NULL, with the record unchanged, when the list is missing or nothing can be appended.
 cfg_elem *append_new_element(object_view &view, cfg_elem *list) noexcept;
 cfg_elem *append_new_element(object_view &view, const char *path) noexcept;
+// The same, but the entry is one of the list's at once: reads within the same edit see it.
+cfg_elem *add_new_element(object_view &view, const char *path) noexcept;
+
+// The map at `path`; when it is absent, a new one attached to the root under `path` as one literal key, dots
+// included. Existing stores have such keys, and path look-up finds them under the same spelling.
+cfg_elem *map_at(cfg *store, const char *path) noexcept;
 
 // The map under a key of another map, made and attached when the key is absent. NULL when it cannot be made,
 // when the key holds something that cannot be opened, and when memory is too short to tell.

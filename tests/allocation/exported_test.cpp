@@ -10,7 +10,6 @@ namespace {
 
 std::vector<Case> all() {
   // One to a line, so that families can be added side by side.
-  // One on a line, so that families can be added side by side.
   // clang-format off
   const std::span<const Case> families[] = {
       system_cases,
@@ -20,8 +19,9 @@ std::vector<Case> all() {
       enrollment_cases,
       tag_cases,
       template_cases,
+      network_cases,
+      service_cases,
       search_cases,
-      tag_cases,
   };
   // clang-format on
   std::vector<Case> rows;

@@ -55,6 +55,8 @@ class Seed {
     const std::string certificate = one_certificate();
     nodes(certificate, bundle_tag());
     templates();
+    network();
+    services();
     check(cfg_commit(store, nullptr));
   }
 
@@ -187,6 +189,58 @@ class Seed {
     text(dummy, "dummy_field", "the template's text");
   }
 
+  void network() {
+    cfg_elem *net = cfg_get_by_path(store, "system.net");
+    cfg_elem *physifs = list(net, "physifs");
+    cfg_elem *ethernet = physif(physifs, "eth0", "ethernet");
+    text(map(ethernet, "ethernet"), "link_speed", "the link_speed");
+    cfg_elem *wireless = map(physif(physifs, "wlan0", "wireless"), "wireless");
+    for (const char *key : {"auth", "config", "encryption", "psk", "ssid", "regdomain"})
+      text(wireless, key, std::string("the ") + key);
+
+    cfg_elem *conn = entry(list(net, "conns"));
+    text(conn, "name", "uplink");
+    text(conn, "description", "the connection's description");
+    check(cfg_map_set_bool(store, conn, "enabled", 1));
+    text(conn, "role", "wan");
+    text(conn, "mode", "dhcp");
+    reference(conn, "physif", id(ethernet));
+    cfg_elem *fixed = map(conn, "static");
+    for (const char *key : {"address", "netmask", "broadcast", "gateway", "dns1", "dns2"})
+      text(fixed, key, std::string("the ") + key);
+    cfg_elem *dhcp = map(conn, "dhcp");
+    for (const char *key : {"vendor_class", "udhcpc_script"}) text(dhcp, key, std::string("the ") + key);
+
+    cfg_elem *endpoint = entry(list(net, "external_endpoints"));
+    text(endpoint, "address", "gate.example");
+    number(endpoint, "api_port", 443);
+    number(endpoint, "vpn_port", 1194);
+  }
+
+  cfg_elem *physif(cfg_elem *physifs, const char *device, const char *media) {
+    cfg_elem *made = entry(physifs);
+    text(made, "name", "the interface's name");
+    text(made, "device", device);
+    text(made, "description", "the interface's description");
+    check(cfg_map_set_bool(store, made, "enabled", 1));
+    number(made, "mtu", 1500);
+    text(made, "media", media);
+    return made;
+  }
+
+  void services() {
+    cfg_elem *services = cfg_get_by_path(store, "services");
+    cfg_elem *ntp = map(services, "ntp");
+    check(cfg_map_set_bool(store, ntp, "enabled", 1));
+    check(
+        cfg_add_listelem(store, list(ntp, "servers"), cfg_new_string(store, "a server of time, somewhere")));
+    text(map(services, "consoleGateway"), "ssh_delimiter", "the delimiter");
+    cfg_elem *flag = entry(list(cfg_root(store), "boot_flags"));
+    text(flag, "name", "wipe");
+    text(flag, "flag_type", "the flag's type");
+    check(cfg_map_set_bool(store, flag, "is_set", 1));
+  }
+
   cfg *store;
 };
 
@@ -248,9 +302,18 @@ World::World()
       tag(cfg_get_tag_by_id(store, kTag)),
       tag_value(cfg_get_tag_value_by_id(store, kTagValue)),
       templates(cfg_template_list_new(store)),
-      dummy(cfg_template_get_by_id(store, kTemplate)) {
+      dummy(cfg_template_get_by_id(store, kTemplate)),
+      ethernet(cfg_get_net_physif_by_id(store, kEthernet)),
+      wireless(cfg_get_net_physif_by_id(store, kWireless)),
+      conn(cfg_get_net_conn_by_id(store, kConn)),
+      endpoint(cfg_net_get_external_endpoint_by_id(store, kEndpoint)),
+      endpoints(cfg_net_get_external_endpoint_list(store)),
+      ntp(cfg_get_ntp(store)),
+      gateway(cfg_get_service_console_gateway(store)),
+      boot_flag(cfg_boot_flag_get_by_id(store, kBootFlag)) {
   if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate || !tags || !tag ||
-      !tag_value || !templates || !dummy)
+      !tag_value || !templates || !dummy || !ethernet || !wireless || !conn || !endpoint || !endpoints ||
+      !ntp || !gateway || !boot_flag)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -265,6 +328,14 @@ World::~World() {
   cfg_tag_value_free(tag_value);
   cfg_template_list_free(templates);
   free_whole(dummy);
+  cfg_net_physif_free(ethernet);
+  cfg_net_physif_free(wireless);
+  cfg_net_conn_free(conn);
+  cfg_net_external_endpoint_free(endpoint);
+  cfg_net_external_endpoint_list_free(endpoints);
+  cfg_ntp_free(ntp);
+  cfg_service_console_gateway_free(gateway);
+  cfg_boot_flag_free(boot_flag);
   cfg_close(store);
   cfg_close(unread);
 }

@@ -17,6 +17,13 @@ inline constexpr char kTag[] = "tags_node_tags-1";  // "Bundle"
 inline constexpr char kTagValue[] = "tags_node_tags-1_values-1";
 inline constexpr char kTemplate[] = "templates-1";  // a dummy
 
+inline constexpr char kEthernet[] = "system_net_physifs-1";
+inline constexpr char kWireless[] = "system_net_physifs-2";
+inline constexpr char kConn[] = "system_net_conns-1";  // "uplink", dhcp on kEthernet, with both sub-maps
+inline constexpr char kEndpoint[] = "system_net_external_endpoints-1";
+inline constexpr char kNtpServer[] = "services_ntp_servers-1";
+inline constexpr char kBootFlag[] = "boot_flags-1";  // "wipe"
+
 // A text that was not there before; long, so that it is never kept within a string object.
 inline constexpr char kNew[] = "a new text, longer than what fits into a string object";
 
@@ -46,7 +53,15 @@ class World {
   cfg_tag *tag = nullptr;              // kTag
   cfg_tag_value *tag_value = nullptr;  // kTagValue
   cfg_template_list *templates = nullptr;
-  cfg_template *dummy = nullptr;  // kTemplate
+  cfg_template *dummy = nullptr;                  // kTemplate
+  cfg_net_physif *ethernet = nullptr;             // kEthernet
+  cfg_net_physif *wireless = nullptr;             // kWireless
+  cfg_net_conn *conn = nullptr;                   // kConn
+  cfg_net_external_endpoint *endpoint = nullptr;  // kEndpoint
+  cfg_net_external_endpoint_list *endpoints = nullptr;
+  cfg_ntp *ntp = nullptr;
+  cfg_service_console_gateway *gateway = nullptr;
+  cfg_boot_flag *boot_flag = nullptr;  // kBootFlag
 };
 
 // Frees a record with what its free function leaves to others, who are not here.
