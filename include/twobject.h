@@ -9,6 +9,7 @@
 #define TWOBJECT_H
 
 #include <twobject/boot_flag.h>
+#include <twobject/bundle.h>
 #include <twobject/certificate.h>
 #include <twobject/common.h>
 #include <twobject/console_gateway.h>

@@ -2,6 +2,7 @@
 #ifndef TWOBJECT_ENROLLMENT_H
 #define TWOBJECT_ENROLLMENT_H
 
+#include <twobject/bundle.h>
 #include <twobject/common.h>
 
 TW_BEGIN
@@ -50,6 +51,17 @@ TW_API void cfg_enrollment_delete(cfg_enrollment *enrollment) TW_NOEXCEPT;
 
 /** Frees the record with its certificate, texts and labels. NULL is allowed. */
 TW_API void cfg_enrollment_free(cfg_enrollment *enrollment) TW_NOEXCEPT;
+
+/**
+ * Applies a bundle to the node that was enrolled: the node is approved as the bundle says, refers to the
+ * bundle
+ * ("bundle") and is given, as pending entries of "tags", the bundle's automatic tags and then the value of
+ * the tag "Bundle" with the bundle's name. Tag and value are made and saved when there are none among the
+ * committed ones: commit between two nodes, or each makes its own. Single tags that cannot be given are left
+ * out.
+ * @return 1, or 0 when the node cannot be loaded or saved; nothing is changed when it cannot be loaded
+ */
+TW_API int cfg_enrollment_set_bundle(cfg_enrollment *enrollment, cfg_bundle *bundle) TW_NOEXCEPT;
 
 /* ---- Identity and state ---- */
 

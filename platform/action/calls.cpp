@@ -21,8 +21,8 @@ using twjobs::Table;
 
 // Never destroyed: threads may still read while the process ends.
 twlmdb::SharedFile &actions() {
-  static auto &file =
-      *new twlmdb::SharedFile({"TW_ACTION_DIR", "/var/lib/twaction", "actions.mdb", std::size_t{1} << 30U});
+  static auto &file = *new twlmdb::SharedFile(
+      {"TW_ACTION_DIR", "/var/lib/twobject/actions", "actions.mdb", std::size_t{1} << 30U});
   return file;
 }
 

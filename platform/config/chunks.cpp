@@ -24,7 +24,7 @@ std::align_val_t alignment_of(std::size_t size) {
 Chunks::~Chunks() {
   for (const Chunk &chunk : chunks_) {
     if (contents_ == Contents::secret) ::explicit_bzero(chunk.begin, chunk.size);
-    ::operator delete(chunk.begin, chunk.size, alignment_of(chunk.size));
+    ::operator delete(chunk.begin, alignment_of(chunk.size));
   }
 }
 

@@ -6,25 +6,6 @@
 
 namespace twcfg {
 
-PackedMap::PackedMap(const Packed &node, Shapes &shapes, Snapshot &snapshot) {
-  if (kind_of(node) != CFG_MAP || !node.has(node.at, 5)) return;
-  const auto word = load_raw<std::uint32_t>(node.base + node.at + 1);
-  std::uint64_t offsets = 0;
-  if ((node.tag() & ~kTagRetired) == kTagMap) {
-    shape_ = shapes.get(word, snapshot);
-    if (shape_ == nullptr) return;
-    count_ = static_cast<std::uint32_t>(shape_->keys().size());
-    offsets = count_;
-  } else {
-    count_ = word;
-    offsets = std::uint64_t{count_} * 2;
-  }
-  if ((node.tag() & kTagRetired) != 0) ++offsets;
-  width_ = node.wide() ? 4 : 2;
-  slots_ = node.at + 5;
-  if (node.has(slots_, offsets * width_)) node_ = node;
-}
-
 std::string_view PackedMap::key(std::uint32_t slot) const {
   if (shape_ != nullptr) return shape_->keys()[slot]->text;
   const std::uint32_t at = offset(slot * 2);

@@ -76,11 +76,12 @@ inline Packed packed_record(std::string_view bytes) {
   return {bytes.data(), static_cast<std::uint32_t>(bytes.size()), kRecordHeader};
 }
 
+// Indexed by tag.
+inline constexpr cfg_kind kKinds[] = {CFG_NONE,   CFG_MAP,       CFG_MAP, CFG_LIST, CFG_LIST, CFG_STRING,
+                                      CFG_STRING, CFG_REFERENCE, CFG_INT, CFG_BOOL, CFG_BOOL, CFG_BLOB};
+
 // The kind of a node; CFG_NONE for an empty or damaged one.
 inline cfg_kind kind_of(const Packed &node) {
-  // Indexed by tag.
-  constexpr cfg_kind kKinds[] = {CFG_NONE,   CFG_MAP,       CFG_MAP, CFG_LIST, CFG_LIST, CFG_STRING,
-                                 CFG_STRING, CFG_REFERENCE, CFG_INT, CFG_BOOL, CFG_BOOL, CFG_BLOB};
   if (!node) return CFG_NONE;
   const std::uint8_t tag = node.tag() & static_cast<std::uint8_t>(~kTagRetired);
   const cfg_kind kind = tag < sizeof kKinds / sizeof kKinds[0] ? kKinds[tag] : CFG_NONE;
@@ -88,28 +89,26 @@ inline cfg_kind kind_of(const Packed &node) {
 }
 
 // Bytes behind a length of type L; a value that does not fit its record, or does not end in NUL, reads as
-// absent.
+// absent. This and value_of() are the innermost step of every load and scan and must not cost a call.
 template <class L>
-cfg_value bytes_of(const Packed &node, cfg_kind kind) {
+[[gnu::always_inline]] inline cfg_value bytes_of(const Packed &node) {
   const std::uint64_t data = std::uint64_t{node.at} + 1 + sizeof(L);
   if (!node.has(node.at, 1 + sizeof(L))) return {};
   const L length = load_raw<L>(node.base + node.at + 1);
   if (!node.has(data, std::uint64_t{length} + 1) || node.base[data + length] != '\0') return {};
-  return {kind, 0, node.base + data, length};
+  return {kKinds[node.tag()], 0, node.base + data, length};
 }
 
 // The value of a node: borrowed bytes for strings, references and blobs.
-inline cfg_value value_of(const Packed &node) {
+[[gnu::always_inline]] inline cfg_value value_of(const Packed &node) {
   if (!node) return {};
   switch (node.tag()) {
     case kTagString:
-      return bytes_of<std::uint16_t>(node, CFG_STRING);
-    case kTagLongString:
-      return bytes_of<std::uint32_t>(node, CFG_STRING);
     case kTagReference:
-      return bytes_of<std::uint16_t>(node, CFG_REFERENCE);
+      return bytes_of<std::uint16_t>(node);
+    case kTagLongString:
     case kTagBlob:
-      return bytes_of<std::uint32_t>(node, CFG_BLOB);
+      return bytes_of<std::uint32_t>(node);
     case kTagInt:
       if (!node.has(node.at, 5)) return {};
       return {CFG_INT, load_raw<std::int32_t>(node.base + node.at + 1), nullptr, 0};
@@ -126,7 +125,11 @@ class PackedMap {
  public:
   // Empty (false) when the node is no sound map.
   PackedMap(const Packed &node, Shapes &shapes, Snapshot &snapshot);
+  PackedMap() = default;
+  // Goes on to another map of the same shape and form; false, with nothing changed, when it is none.
+  bool follow(const Packed &node);
   explicit operator bool() const { return static_cast<bool>(node_); }
+  const char *record() const { return node_.base; }  // where its record begins
   std::uint32_t count() const { return count_; }
   const Shape *shape() const { return shape_; }  // NULL for a map that spells its keys
   std::string_view key(std::uint32_t slot) const;
@@ -150,7 +153,39 @@ class PackedMap {
   std::uint32_t count_ = 0;
   std::uint32_t slots_ = 0;  // where the offsets begin
   std::uint32_t width_ = 2;
+  std::uint64_t head_ = 0;  // bytes of tag, shape and offsets
 };
+
+inline PackedMap::PackedMap(const Packed &node, Shapes &shapes, Snapshot &snapshot) {
+  if (!node || !node.has(node.at, 5)) return;
+  const std::uint32_t tag = node.tag();
+  const auto word = load_raw<std::uint32_t>(node.base + node.at + 1);
+  std::uint64_t offsets = tag / kTagRetired;
+  if ((tag | kTagRetired) == (kTagMap | kTagRetired)) {
+    shape_ = shapes.get(word, snapshot);
+    if (shape_ == nullptr) return;
+    count_ = static_cast<std::uint32_t>(shape_->keys().size());
+    offsets += count_;
+  } else if ((tag | kTagRetired) == (kTagSpelled | kTagRetired)) {
+    count_ = word;
+    offsets += std::uint64_t{count_} * 2;
+  } else {
+    return;
+  }
+  width_ = node.wide() ? 4 : 2;
+  slots_ = node.at + 5;
+  head_ = 5 + offsets * width_;
+  if (node.has(node.at, head_)) node_ = node;
+}
+
+inline bool PackedMap::follow(const Packed &node) {
+  if (shape_ == nullptr || !node_ || !node || !node.has(node.at, head_) || node.tag() != node_.tag() ||
+      node.wide() != (width_ == 4) || load_raw<std::uint32_t>(node.base + node.at + 1) != shape_->number())
+    return false;
+  node_ = node;
+  slots_ = node.at + 5;
+  return true;
+}
 
 // A list inside a record.
 class PackedList {

@@ -7,8 +7,11 @@ using namespace twcfg;
 
 namespace {
 
+std::uintptr_t address(const char *bytes) { return reinterpret_cast<std::uintptr_t>(bytes); }
+
 // Reads the keys of one set from map after map. Where the keys stand in the maps of a shape is worked out
-// once for each pair of set and shape.
+// once for each pair of set and shape. Scans spend most of their time in read(): it is inlined where it is
+// used, and what is rare stands outside of it.
 class KeyReader {
  public:
   KeyReader(Store &store, const cfg_keyset &set) : store_(store), set_(set), known_(store.keysets[&set]) {
@@ -17,24 +20,39 @@ class KeyReader {
     for (std::size_t i = 0; i < set.count; ++i) known_.names.push_back(store.names.intern(set.keys[i]));
   }
 
-  bool read(const Found &map, cfg_value *values) {
+  [[gnu::always_inline]] bool read(const Found &map, cfg_value *values) {
     if (map.node != nullptr) return read_node(map.node, values);
-    const PackedMap packed(map.stored, store_.shapes, *store_.snapshot);
-    if (!packed) return false;
-    if (packed.shape() == nullptr) {
-      for (std::size_t i = 0; i < set_.count; ++i)
-        values[i] = value_of(packed.find(set_.keys[i], store_.names));
-      return true;
+    const std::size_t count = set_.count;
+    if (map_) {
+      // The maps of a list are much alike: the memory where the values would stand is asked for before the
+      // map has told where they do.
+      const std::uintptr_t shift = address(map.stored.base) - address(map_.record());
+      for (std::size_t i = 0; i < count; ++i)
+        __builtin_prefetch(reinterpret_cast<const void *>(address(values[i].data) + shift));
     }
-    if (packed.shape() != shape_) look_at(*packed.shape());
-    for (std::size_t i = 0; i < set_.count; ++i) {
-      values[i] = slots_[i] < 0 ? cfg_value{} : value_of(packed.child(static_cast<std::uint32_t>(slots_[i])));
+    if (!map_.follow(map.stored)) {
+      map_ = PackedMap(map.stored, store_.shapes, *store_.snapshot);
+      if (!map_) return false;
+      if (map_.shape() == nullptr) {
+        read_spelled(map_, values);
+        return true;
+      }
+      look_at(*map_.shape());
+    }
+    const PackedMap packed = map_;
+    const std::int16_t *const slots = slots_;
+    for (std::size_t i = 0; i < count; ++i) {
+      values[i] = slots[i] < 0 ? cfg_value{} : value_of(packed.child(static_cast<std::uint32_t>(slots[i])));
     }
     return true;
   }
 
  private:
-  bool read_node(Node *node, cfg_value *values) {
+  [[gnu::noinline]] void read_spelled(const PackedMap &map, cfg_value *values) {
+    for (std::size_t i = 0; i < set_.count; ++i) values[i] = value_of(map.find(set_.keys[i], store_.names));
+  }
+
+  [[gnu::noinline]] bool read_node(Node *node, cfg_value *values) {
     MapNode *map = as_map(node);
     if (map == nullptr) return false;
     for (std::size_t i = 0; i < set_.count; ++i) {
@@ -44,21 +62,20 @@ class KeyReader {
     return true;
   }
 
-  void look_at(const Shape &shape) {
+  [[gnu::noinline]] void look_at(const Shape &shape) {
     if (known_.by_shape.size() <= shape.number()) known_.by_shape.resize(shape.number() + 1);
     std::vector<std::int16_t> &slots = known_.by_shape[shape.number()];
     if (slots.empty()) {
       slots.reserve(set_.count);
       for (const KeyName *name : known_.names) slots.push_back(static_cast<std::int16_t>(shape.slot(name)));
     }
-    shape_ = &shape;
     slots_ = slots.data();
   }
 
   Store &store_;
   const cfg_keyset &set_;
   KeysetSlots &known_;
-  const Shape *shape_ = nullptr;
+  PackedMap map_;  // the last that was read
   const std::int16_t *slots_ = nullptr;
 };
 
@@ -101,16 +118,18 @@ Head *scan(Head *list, const cfg_keyset &set, cfg_scan_visitor visit, void *cont
     return nullptr;
   }
   std::uint32_t number = 0;
-  Found last;
+  Node *last = nullptr;
   bool ended = false;
   ListView(list).each([&](std::uint32_t at, const Found &entry) {
-    number = at;
-    last = entry;
     ended = !goes_on(entry);
+    if (ended) {
+      number = at;
+      last = entry.node;
+    }
     return !ended;
   });
   if (!ended) return nullptr;
-  return number == 0 ? last.node->head : entry_of(list, number);
+  return number == 0 ? last->head : entry_of(list, number);
 }
 
 Head *checked_list(Store *store, cfg_elem *list) {

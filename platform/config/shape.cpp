@@ -56,8 +56,7 @@ const Shape *Shapes::load(std::uint32_t number, std::string_view bytes) {
   return shapes_[number].get();
 }
 
-const Shape *Shapes::get(std::uint32_t number, Snapshot &snapshot) {
-  if (number < shapes_.size() && shapes_[number] != nullptr) return shapes_[number].get();
+const Shape *Shapes::read(std::uint32_t number, Snapshot &snapshot) {
   const Stored stored = snapshot.get(make_key(kShapeSpace, number));
   return stored ? load(number, stored.bytes) : nullptr;
 }

@@ -34,13 +34,17 @@ class Shapes {
  public:
   explicit Shapes(KeyNames &names) : names_(names) {}
   // The shape with this number, read from the snapshot when it is not known yet; NULL when there is none.
-  const Shape *get(std::uint32_t number, Snapshot &snapshot);
+  const Shape *get(std::uint32_t number, Snapshot &snapshot) {
+    return number < shapes_.size() && shapes_[number] != nullptr ? shapes_[number].get()
+                                                                 : read(number, snapshot);
+  }
   // The shape with exactly these keys (sorted by text) among those of the snapshot, or NULL.
   const Shape *find(const std::vector<const KeyName *> &keys, Snapshot &snapshot);
 
   static std::string encode(const std::vector<const KeyName *> &keys);
 
  private:
+  const Shape *read(std::uint32_t number, Snapshot &snapshot);
   const Shape *load(std::uint32_t number, std::string_view bytes);
 
   KeyNames &names_;

@@ -1,8 +1,8 @@
 // Finding a node by a text of its own or by its certificate.
-#include <twconfig/condition.h>
 #include <twconfig/read.h>
 
 #include "nodes/node.hpp"
+#include "record/owned_condition.hpp"
 
 namespace {
 
@@ -42,10 +42,7 @@ cfg_node *find(cfg *store, const cfg_keyset &keys, const char *wanted) noexcept 
   return context.found ? tw::load_node(store, node).release() : nullptr;
 }
 
-struct condition_free {
-  void operator()(cfg_condition *condition) const noexcept { cfg_free_conditions(condition); }
-};
-using condition = std::unique_ptr<cfg_condition, condition_free>;
+using condition = tw::owned_condition;
 
 bool add(condition &parent, condition child) noexcept {
   if (!parent || !child || !cfg_condition_add_child(parent.get(), child.get())) return false;

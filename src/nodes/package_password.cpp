@@ -1,6 +1,7 @@
 #include "nodes/package_password.hpp"
 
 #include <array>
+#include <cstdint>
 
 namespace tw {
 namespace {

@@ -20,6 +20,7 @@ struct named_list {
 };
 using tables = std::span<const named_list>;
 
+extern const tables bundle_tables;
 extern const tables certificate_tables;
 extern const tables enrollment_tables;
 extern const tables etag_tables;
@@ -39,6 +40,7 @@ inline constexpr const tables *all_tables[] = {
     &node_save_tables,   &enrollment_tables,        &tag_tables,
     &tag_value_tables,   &template_tables,          &boot_flag_tables,
     &conn_tables,        &external_endpoint_tables, &physif_tables,
+    &bundle_tables,
 };
 
 }  // namespace tw

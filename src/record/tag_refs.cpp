@@ -39,8 +39,9 @@ cfg_tag_value *tag_refs::value_behind(const object_view &owner, const char *id) 
 }
 
 const char *tag_refs::find(const object_view &owner, const cfg_tag_value *value) noexcept {
+  const memory_watch memory;
   const text_array &ids = read(owner);
-  for (std::int32_t i = 0; i < ids.count(); ++i) {
+  for (std::int32_t i = 0; i < ids.count() && !memory.ran_short(); ++i) {
     const owned_tag_value behind(load_behind(owner.cfg, ids.at(i)));
     if (same(tag_value_get_uuid(behind.get()), tag_value_get_uuid(value))) return ids.at(i);
   }

@@ -16,6 +16,7 @@ extern const std::span<const Case> enrollment_cases;
 extern const std::span<const Case> search_cases;
 extern const std::span<const Case> tag_cases;
 extern const std::span<const Case> template_cases;
+extern const std::span<const Case> bundle_cases;
 extern const std::span<const Case> network_cases;
 extern const std::span<const Case> service_cases;
 

@@ -171,6 +171,29 @@ void port_label() {
         });
 }
 
+// A node that is told as enrolled has all that its bundle gives.
+void set_bundle(bool first) {
+  sweep([](World &w) { return cfg_enrollment_set_bundle(w.generic_enrollment, w.bundle); },
+        [=](World &w, int done) {
+          if (!done) return false;
+          cfg_elem *node = cfg_get_by_id(w.store, kGeneric);
+          int32_t tags = 0;
+          EXPECT_TRUE(cfg_list_future_size(cfg_simple_get_mapelem(w.store, node, "tags"), &tags));
+          EXPECT_EQ(tags, first ? 1 : 2);
+          cfg_node *again = cfg_get_node_by_id(w.store, kGeneric);
+          EXPECT_STREQ(cfg_node_get_enrollment_bundle(again), "northern sites");
+          EXPECT_STREQ(cfg_node_get_bundle_id(again), kBundle);
+          cfg_node_free(again);
+          return true;
+        },
+        [=](World &w) {
+          if (!first) return;
+          cfg_elem *bundle = cfg_get_by_id(w.store, kBundle);
+          EXPECT_TRUE(cfg_map_delete_key(w.store, bundle, "automatic_tags"));
+          EXPECT_TRUE(cfg_delete_element(w.store, cfg_get_by_id(w.store, kTag)));
+        });
+}
+
 const Case rows[] = {
     {"cfg_enrollment_delete", remove},
     {"cfg_enrollment_delete_package_password", delete_package_password},
@@ -227,6 +250,11 @@ const Case rows[] = {
      [] { number_setter(cfg_enrollment_set_auto_approve, cfg_enrollment_get_auto_approve, kRecord); }},
     {"cfg_enrollment_set_base_port",
      [] { number_setter(cfg_enrollment_set_base_port, cfg_enrollment_get_base_port, kPlain); }},
+    {"cfg_enrollment_set_bundle",
+     [] {
+       set_bundle(false);
+       set_bundle(true);
+     }},
     {"cfg_enrollment_set_connection_method",
      [] { text_setter(cfg_enrollment_set_connection_method, cfg_enrollment_get_connection_method, kPlain); }},
     {"cfg_enrollment_set_credentials", credentials},

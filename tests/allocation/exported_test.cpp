@@ -22,6 +22,7 @@ std::vector<Case> all() {
       network_cases,
       service_cases,
       search_cases,
+      bundle_cases,
   };
   // clang-format on
   std::vector<Case> rows;

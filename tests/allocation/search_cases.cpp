@@ -1,41 +1,23 @@
 #include "allocation/cases.hpp"
+#include "allocation/search_memory.hpp"
 
 #include <unistd.h>
 
 #include <cstdlib>
 #include <memory>
 
-#include "search_service/jansson_blocks.hpp"
 #include "search_service/search_service.hpp"
 
 namespace allocation {
 namespace {
 
-using search_service::JanssonBlocks;
-
 // Texts of up to 15 bytes: Jansson's reader drops a byte of a longer one when it finds no memory for it.
 constexpr char kReply[] = R"({"result":true,"data":{"id":"result-7","count":2,"items":["nodes-1","nodes-2"],)"
                           R"("fields":["name","status"]}})";
 
-// Jansson's memory during one sweep, looked at after each call. A hello that could not be sent leaves its
-// outer object behind, and nothing else ever stays.
-class Memory {
- public:
-  void judge() {
-    const std::size_t held = blocks_->held();
-    if (held != 0) EXPECT_EQ(held, unsent_hello_);
-    blocks_.reset();
-    blocks_ = std::make_unique<JanssonBlocks>();
-  }
-
- private:
-  std::size_t unsent_hello_ = search_service::blocks_of_an_unsent_hello();
-  std::unique_ptr<JanssonBlocks> blocks_ = std::make_unique<JanssonBlocks>();
-};
-
 void connect() {
   search_service::Scripted service(kReply);
-  Memory memory;
+  SearchMemory memory;
   sweep([](World &) { return twsearch_connect(); },
         [&](World &, int fd) {
           if (fd > 0) close(fd);
@@ -65,7 +47,7 @@ bool whole(Array got, int32_t success, const char *first) {
 
 void get_fields() {
   search_service::Scripted service(kReply);
-  Memory memory;
+  SearchMemory memory;
   sweep(
       [](World &) {
         Array got;
@@ -80,7 +62,7 @@ void get_fields() {
 
 void create() {
   search_service::Scripted service(kReply);
-  Memory memory;
+  SearchMemory memory;
   const std::unique_ptr<cfg_condition, void (*)(cfg_condition *)> condition(
       cfg_new_string_condition("name", CFG_OP_EQUAL, "n"), cfg_free_conditions);
   sweep([&](World &) { return twsearch_create("nodes", condition.get(), 1, "alice"); },
@@ -101,7 +83,7 @@ void create() {
 
 void fetch() {
   search_service::Scripted service(kReply);
-  Memory memory;
+  SearchMemory memory;
   sweep(
       [](World &) {
         Array got;

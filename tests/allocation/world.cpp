@@ -53,8 +53,9 @@ class Seed {
     system();
     certificate_authority();
     const std::string certificate = one_certificate();
-    nodes(certificate, bundle_tag());
-    templates();
+    const std::string value = bundle_tag();
+    nodes(certificate, value);
+    bundles(value, dummy_template());
     network();
     services();
     check(cfg_commit(store, nullptr));
@@ -181,12 +182,25 @@ class Seed {
       check(cfg_add_listelem(store, labels, cfg_new_string(store, label)));
   }
 
-  void templates() {
+  std::string dummy_template() {
     cfg_elem *dummy = entry(list(cfg_root(store), "templates"));
     text(dummy, "name", "the template's name");
     text(dummy, "description", "the template's description");
     text(dummy, "template_type", "dummy");
     text(dummy, "dummy_field", "the template's text");
+    return id(dummy);
+  }
+
+  void bundles(const std::string &tag_value, const std::string &dummy) {
+    cfg_elem *enrollment = map(cfg_root(store), "enrollment");
+    text(enrollment, "request_token", "the request token");
+    cfg_elem *bundle = entry(list(enrollment, "bundles"));
+    text(bundle, "name", "northern sites");
+    text(bundle, "token", "the bundle's token");
+    check(cfg_map_set_bool(store, bundle, "auto_approve", 1));
+    check(
+        cfg_add_listelem(store, list(bundle, "automatic_tags"), cfg_new_reference(store, tag_value.c_str())));
+    check(cfg_add_listelem(store, list(bundle, "templates"), cfg_new_reference(store, dummy.c_str())));
   }
 
   void network() {
@@ -303,6 +317,8 @@ World::World()
       tag_value(cfg_get_tag_value_by_id(store, kTagValue)),
       templates(cfg_template_list_new(store)),
       dummy(cfg_template_get_by_id(store, kTemplate)),
+      bundles(cfg_bundle_list_new(store)),
+      bundle(cfg_bundle_get_by_id(store, kBundle)),
       ethernet(cfg_get_net_physif_by_id(store, kEthernet)),
       wireless(cfg_get_net_physif_by_id(store, kWireless)),
       conn(cfg_get_net_conn_by_id(store, kConn)),
@@ -312,8 +328,8 @@ World::World()
       gateway(cfg_get_service_console_gateway(store)),
       boot_flag(cfg_boot_flag_get_by_id(store, kBootFlag)) {
   if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate || !tags || !tag ||
-      !tag_value || !templates || !dummy || !ethernet || !wireless || !conn || !endpoint || !endpoints ||
-      !ntp || !gateway || !boot_flag)
+      !tag_value || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless || !conn ||
+      !endpoint || !endpoints || !ntp || !gateway || !boot_flag)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -328,6 +344,8 @@ World::~World() {
   cfg_tag_value_free(tag_value);
   cfg_template_list_free(templates);
   free_whole(dummy);
+  cfg_bundle_list_free(bundles);
+  cfg_bundle_free(bundle);
   cfg_net_physif_free(ethernet);
   cfg_net_physif_free(wireless);
   cfg_net_conn_free(conn);

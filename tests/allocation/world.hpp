@@ -15,7 +15,9 @@ inline constexpr char kGeneric[] = "nodes-2";   // with credentials, port labels
 inline constexpr char kCertificate[] = "certificates-1";
 inline constexpr char kTag[] = "tags_node_tags-1";  // "Bundle"
 inline constexpr char kTagValue[] = "tags_node_tags-1_values-1";
-inline constexpr char kTemplate[] = "templates-1";  // a dummy
+inline constexpr char kTemplate[] = "templates-1";         // a dummy
+inline constexpr char kBundle[] = "enrollment_bundles-1";  // with an automatic tag and a template
+inline constexpr char kTagRef[] = "enrollment_bundles-1_automatic_tags-1";
 
 inline constexpr char kEthernet[] = "system_net_physifs-1";
 inline constexpr char kWireless[] = "system_net_physifs-2";
@@ -53,7 +55,9 @@ class World {
   cfg_tag *tag = nullptr;              // kTag
   cfg_tag_value *tag_value = nullptr;  // kTagValue
   cfg_template_list *templates = nullptr;
-  cfg_template *dummy = nullptr;                  // kTemplate
+  cfg_template *dummy = nullptr;  // kTemplate
+  cfg_bundle_list *bundles = nullptr;
+  cfg_bundle *bundle = nullptr;                   // kBundle
   cfg_net_physif *ethernet = nullptr;             // kEthernet
   cfg_net_physif *wireless = nullptr;             // kWireless
   cfg_net_conn *conn = nullptr;                   // kConn

@@ -22,6 +22,14 @@ namespace {
 
 sockaddr *general(sockaddr_in &address) { return reinterpret_cast<sockaddr *>(&address); }
 
+sockaddr_in loopback(uint16_t port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(port);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  return address;
+}
+
 // The server takes over a socket that listens already, as the service manager hands it to services: nobody
 // has to wait until it is up, and no other process can be faster in taking the port.
 [[noreturn]] void become_server(int listening, const std::vector<std::string> &options) {
@@ -50,10 +58,7 @@ int listen_on(uint16_t port) {
   const int listening = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   const int yes = 1;
   setsockopt(listening, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  sockaddr_in address = loopback(port);
   if (bind(listening, general(address), sizeof address) != 0 || listen(listening, 64) != 0)
     fail("port " + std::to_string(port) + " of 127.0.0.1");
   return listening;
@@ -64,6 +69,21 @@ uint16_t port_of(int listening) {
   socklen_t size = sizeof address;
   if (getsockname(listening, general(address), &size) != 0) fail("the port of a socket");
   return ntohs(address.sin_port);
+}
+
+std::string send_raw(uint16_t port, const std::string &bytes) {
+  const int connection = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address = loopback(port);
+  if (connect(connection, general(address), sizeof address) != 0) fail("connecting");
+  const std::string all = bytes + "quit\r\n";
+  if (send(connection, all.data(), all.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(all.size()))
+    fail("sending");
+  std::string answer;
+  char buffer[4096];
+  for (ssize_t got; (got = recv(connection, buffer, sizeof buffer, 0)) > 0;)
+    answer.append(buffer, static_cast<size_t>(got));
+  close(connection);
+  return answer;
 }
 
 Server::Server(uint16_t port, const std::vector<std::string> &options) {

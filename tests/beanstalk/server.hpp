@@ -28,6 +28,9 @@ class FixedPort {
 int listen_on(uint16_t port);
 uint16_t port_of(int listening);
 
+// Sends bytes to a port of 127.0.0.1, then "quit", and gives back all that the server says.
+std::string send_raw(uint16_t port, const std::string &bytes);
+
 // Listens from the beginning of its life to the end of it.
 class Server {
  public:

@@ -6,10 +6,10 @@
  * An action names the queue that its job is put on and, once it is associated, one node. A node has at most
  * one action of a queue: the newest.
  *
- * The records are in the directory that the environment variable TW_ACTION_DIR names, /var/lib/twaction
- * without it. It is made, for its owner alone, when the first action is stored. Every change is on disk when
- * its call returns. Any number of processes and threads may call at once; one twaction belongs to one thread
- * at a time.
+ * The records are in the directory that the environment variable TW_ACTION_DIR names,
+ * /var/lib/twobject/actions without it. It is made, for its owner alone, when the first action is stored.
+ * Every change is on disk when its call returns. Any number of processes and threads may call at once; one
+ * twaction belongs to one thread at a time.
  *
  * An int result is 0, or a negative errno number: -ENOENT (no such action), -EINVAL (a NULL, or a size out of
  * bounds), -ESTALE (below), -ENOMEM, -ENOSPC, -EACCES, -EBADMSG (the file is damaged), ... Out-parameters are

@@ -48,8 +48,13 @@ class Cursor {
   // Moves to the first key at or above `at_least`; false when there is none.
   virtual bool seek(Key at_least) = 0;
   virtual bool next() = 0;
-  virtual Key key() const = 0;
-  virtual Stored value() const = 0;
+  // Where the last move that answered true has led. Not virtual: scans ask for both at every step.
+  Key key() const { return key_; }
+  const Stored &value() const { return value_; }
+
+ protected:
+  Key key_ = 0;
+  Stored value_;  // nothing behind the last key
 };
 
 // One consistent view of the store, used by one thread at a time.

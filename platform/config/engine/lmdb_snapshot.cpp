@@ -5,7 +5,7 @@
 namespace twcfg {
 namespace {
 
-Stored checked_value(std::string_view record) {
+inline Stored checked_value(std::string_view record) {
   const auto stored = decode_value(record);
   if (!stored) throw LmdbError{MDB_CORRUPTED};
   return *stored;
@@ -20,26 +20,23 @@ class LmdbCursor final : public Cursor {
   bool next() override {
     return value_ && settle([this] { return table_.step(); });
   }
-  Key key() const override { return key_; }
-  Stored value() const override { return value_; }
 
  private:
   // Values lie below everything else in the table: the first entry that is no value ends the walk.
   template <class Move>
   bool settle(Move move) {
-    value_ = snapshot_.guarded([this, &move] {
+    value_ = {};
+    return snapshot_.guarded([this, &move] {
       const auto entry = move();
-      if (!entry || area_of(entry->slot) != Area::values) return Stored{};
+      if (!entry || area_of(entry->slot) != Area::values) return false;
       key_ = number_of(entry->slot);
-      return checked_value(entry->bytes);
+      value_ = checked_value(entry->bytes);
+      return static_cast<bool>(value_);
     });
-    return static_cast<bool>(value_);
   }
 
   LmdbSnapshot &snapshot_;
   LmdbTable table_;
-  Key key_ = 0;
-  Stored value_;
 };
 
 }  // namespace

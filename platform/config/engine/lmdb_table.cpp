@@ -26,25 +26,12 @@ std::optional<std::string_view> LmdbTable::get(std::uint64_t slot) {
 
 std::optional<Table::Entry> LmdbTable::seek(std::uint64_t at_least) { return move(at_least, MDB_SET_RANGE); }
 
-std::optional<Table::Entry> LmdbTable::step() { return move(0, MDB_NEXT); }
-
 std::optional<Table::Entry> LmdbTable::last() { return move(0, MDB_LAST); }
 
-std::optional<Table::Entry> LmdbTable::move(std::uint64_t slot, MDB_cursor_op operation) {
-  if (!cursor_) {
-    MDB_cursor *cursor = nullptr;
-    check(mdb_cursor_open(txn_, kTree, &cursor));
-    cursor_.reset(cursor);
-  }
-  MDB_val key = key_of(slot);
-  MDB_val value{};
-  const int code = mdb_cursor_get(cursor_.get(), &key, &value, operation);
-  if (code == MDB_NOTFOUND) return std::nullopt;
-  check(code);
-  if (key.mv_size != sizeof slot) throw LmdbError{MDB_CORRUPTED};
-  Entry entry{0, view(value)};
-  std::memcpy(&entry.slot, key.mv_data, sizeof entry.slot);
-  return entry;
+void LmdbTable::open_cursor() {
+  MDB_cursor *cursor = nullptr;
+  check(mdb_cursor_open(txn_, kTree, &cursor));
+  cursor_.reset(cursor);
 }
 
 void LmdbTable::put(std::uint64_t slot, std::initializer_list<std::string_view> parts) {

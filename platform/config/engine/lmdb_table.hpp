@@ -3,8 +3,10 @@
 
 #include <lmdb.h>
 
+#include <cstring>
 #include <memory>
 
+#include "engine/lmdb_error.hpp"
 #include "engine/table.hpp"
 
 namespace twcfg {
@@ -31,10 +33,23 @@ class LmdbTable final : public WritableTable {
   void erase(std::uint64_t slot) override;
 
   // The entry behind the one that seek() or step() returned last.
-  std::optional<Entry> step();
+  std::optional<Entry> step() { return move(0, MDB_NEXT); }
 
  private:
-  std::optional<Entry> move(std::uint64_t slot, MDB_cursor_op operation);
+  void open_cursor();
+  // Here because a scan's steps are worth inlining.
+  std::optional<Entry> move(std::uint64_t slot, MDB_cursor_op operation) {
+    if (!cursor_) open_cursor();
+    MDB_val key{sizeof slot, &slot};
+    MDB_val value{};
+    const int code = mdb_cursor_get(cursor_.get(), &key, &value, operation);
+    if (code == MDB_NOTFOUND) return std::nullopt;
+    check(code);
+    if (key.mv_size != sizeof slot) throw LmdbError{MDB_CORRUPTED};
+    Entry entry{0, {static_cast<const char *>(value.mv_data), value.mv_size}};
+    std::memcpy(&entry.slot, key.mv_data, sizeof entry.slot);
+    return entry;
+  }
   void store(std::uint64_t slot, std::initializer_list<std::string_view> parts, unsigned flags);
 
   MDB_txn *txn_;

@@ -50,17 +50,16 @@ class MemoryCursor final : public Cursor {
  public:
   explicit MemoryCursor(MemoryTable &table) : table_(table) {}
   bool seek(Key at_least) override {
-    entry_ = table_.seek(at_least);
-    if (entry_ && area_of(entry_->slot) != Area::values) entry_.reset();
-    return entry_.has_value();
+    const auto entry = table_.seek(at_least);
+    const bool found = entry && area_of(entry->slot) == Area::values;
+    key_ = found ? number_of(entry->slot) : 0;
+    value_ = found ? stored_of(entry->bytes) : Stored{};
+    return found;
   }
-  bool next() override { return entry_ && seek(entry_->slot + 1); }
-  Key key() const override { return entry_ ? entry_->slot : 0; }
-  Stored value() const override { return entry_ ? stored_of(entry_->bytes) : Stored{}; }
+  bool next() override { return value_ && seek(key_ + 1); }
 
  private:
   MemoryTable &table_;
-  std::optional<Table::Entry> entry_;
 };
 
 // The snapshots that are open, for cfg_status().
@@ -181,7 +180,7 @@ class MemoryEngine final : public Engine {
   }
 
   Failure compact(const std::string &) override {
-    if (const Failure failure = refused()) return failure;
+    if (Failure failure = refused()) return failure;
     return {CFG_E_ARGUMENT, "a store in memory has no files to compact"};
   }
 

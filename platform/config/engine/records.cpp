@@ -144,11 +144,6 @@ std::string_view bytes_of(const std::uint64_t &number) {
   return {reinterpret_cast<const char *>(&number), kNumber};
 }
 
-std::optional<Stored> decode_value(std::string_view record) {
-  if (record.size() < kNumber) return std::nullopt;
-  return Stored{number_at(record, 0), record.substr(kNumber)};
-}
-
 std::uint64_t newest_revision(Table &table) {
   const auto last = table.last();
   return last && area_of(last->slot) == Area::log ? number_of(last->slot) : 0;

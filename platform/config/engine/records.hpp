@@ -5,6 +5,7 @@
 // table's end, and dirties no further page.
 #pragma once
 
+#include <cstring>
 #include <functional>
 #include <string>
 
@@ -25,7 +26,13 @@ constexpr std::uint64_t number_of(std::uint64_t slot) { return slot % kKeyLimit;
 std::string_view bytes_of(const std::uint64_t &number);
 
 // A value is its revision followed by its bytes.
-std::optional<Stored> decode_value(std::string_view record);
+inline std::optional<Stored> decode_value(std::string_view record) {
+  Stored stored;
+  if (record.size() < sizeof stored.revision) return std::nullopt;
+  std::memcpy(&stored.revision, record.data(), sizeof stored.revision);
+  stored.bytes = record.substr(sizeof stored.revision);
+  return stored;
+}
 
 // A log entry is the token's length in two bytes, the token, and the text.
 struct LogEntry {
