@@ -22,6 +22,7 @@
 #include <twobject/node_runtime.h>
 #include <twobject/ntp.h>
 #include <twobject/search.h>
+#include <twobject/smart_groups.h>
 #include <twobject/system.h>
 #include <twobject/tag.h>
 #include <twobject/template.h>

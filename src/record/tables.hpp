@@ -26,6 +26,7 @@ extern const tables enrollment_tables;
 extern const tables etag_tables;
 extern const tables node_load_tables;
 extern const tables node_save_tables;
+extern const tables smart_group_tables;
 extern const tables tag_tables;
 extern const tables tag_value_tables;
 extern const tables template_tables;
@@ -40,7 +41,7 @@ inline constexpr const tables *all_tables[] = {
     &node_save_tables,   &enrollment_tables,        &tag_tables,
     &tag_value_tables,   &template_tables,          &boot_flag_tables,
     &conn_tables,        &external_endpoint_tables, &physif_tables,
-    &bundle_tables,
+    &bundle_tables,      &smart_group_tables,
 };
 
 }  // namespace tw

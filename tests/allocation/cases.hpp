@@ -14,6 +14,7 @@ extern const std::span<const Case> node_cases;
 extern const std::span<const Case> node_runtime_cases;
 extern const std::span<const Case> enrollment_cases;
 extern const std::span<const Case> search_cases;
+extern const std::span<const Case> smart_group_cases;
 extern const std::span<const Case> tag_cases;
 extern const std::span<const Case> template_cases;
 extern const std::span<const Case> bundle_cases;

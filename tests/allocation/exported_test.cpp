@@ -23,6 +23,7 @@ std::vector<Case> all() {
       service_cases,
       search_cases,
       bundle_cases,
+      smart_group_cases,
   };
   // clang-format on
   std::vector<Case> rows;

@@ -58,6 +58,7 @@ class Seed {
     bundles(value, dummy_template());
     network();
     services();
+    smart_group();
     check(cfg_commit(store, nullptr));
   }
 
@@ -136,6 +137,12 @@ class Seed {
     cfg_elem *value = entry(list(tag, "values"));
     text(value, "value", "northern sites");
     return id(value);
+  }
+
+  void smart_group() {
+    cfg_elem *group = entry(list(map(cfg_root(store), "smart_groups"), "nodes_groups"));
+    text(group, "name", "all that is called n");
+    text(group, "query", R"({"key":"name","op":"equal","string":"n"})");
   }
 
   void etags(cfg_elem *node) {
@@ -315,6 +322,7 @@ World::World()
       tags(cfg_get_tag_list(store, CFG_TAG_NODE)),
       tag(cfg_get_tag_by_id(store, kTag)),
       tag_value(cfg_get_tag_value_by_id(store, kTagValue)),
+      group(cfg_smartgroup_get_by_id(store, "nodes", kSmartGroup)),
       templates(cfg_template_list_new(store)),
       dummy(cfg_template_get_by_id(store, kTemplate)),
       bundles(cfg_bundle_list_new(store)),
@@ -328,8 +336,8 @@ World::World()
       gateway(cfg_get_service_console_gateway(store)),
       boot_flag(cfg_boot_flag_get_by_id(store, kBootFlag)) {
   if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate || !tags || !tag ||
-      !tag_value || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless || !conn ||
-      !endpoint || !endpoints || !ntp || !gateway || !boot_flag)
+      !tag_value || !group || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless ||
+      !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -342,6 +350,7 @@ World::~World() {
   free_whole(tags);
   free_whole(tag);
   cfg_tag_value_free(tag_value);
+  cfg_smartgroup_free(group);
   cfg_template_list_free(templates);
   free_whole(dummy);
   cfg_bundle_list_free(bundles);

@@ -15,6 +15,7 @@ inline constexpr char kGeneric[] = "nodes-2";   // with credentials, port labels
 inline constexpr char kCertificate[] = "certificates-1";
 inline constexpr char kTag[] = "tags_node_tags-1";  // "Bundle"
 inline constexpr char kTagValue[] = "tags_node_tags-1_values-1";
+inline constexpr char kSmartGroup[] = "smart_groups_nodes_groups-1";
 inline constexpr char kTemplate[] = "templates-1";         // a dummy
 inline constexpr char kBundle[] = "enrollment_bundles-1";  // with an automatic tag and a template
 inline constexpr char kTagRef[] = "enrollment_bundles-1_automatic_tags-1";
@@ -54,6 +55,7 @@ class World {
   cfg_tag_list *tags = nullptr;
   cfg_tag *tag = nullptr;              // kTag
   cfg_tag_value *tag_value = nullptr;  // kTagValue
+  cfg_smartgroup *group = nullptr;     // kSmartGroup
   cfg_template_list *templates = nullptr;
   cfg_template *dummy = nullptr;  // kTemplate
   cfg_bundle_list *bundles = nullptr;
