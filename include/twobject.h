@@ -19,8 +19,16 @@
 #include <twobject/net_conn.h>
 #include <twobject/net_physif.h>
 #include <twobject/node.h>
+#include <twobject/node_auth.h>
+#include <twobject/node_group.h>
+#include <twobject/node_interface.h>
 #include <twobject/node_runtime.h>
+#include <twobject/node_tag.h>
+#include <twobject/node_user.h>
 #include <twobject/ntp.h>
+#include <twobject/port.h>
+#include <twobject/push_exec_ctxt.h>
+#include <twobject/push_node_ctxt.h>
 #include <twobject/search.h>
 #include <twobject/smart_groups.h>
 #include <twobject/system.h>

@@ -107,11 +107,13 @@ void search(EngineKind engine) {
 }
 
 void holds(EngineKind engine) {
+  cfg_elem *node = nullptr;
   sweep(
-      engine,
-      [](World &w) { return cfg_condition_holds(w.store, cfg_get_by_id(w.store, "nodes-1"), w.condition); },
-      [](World &, int held) { return std::string(held ? "holds" : ""); },
-      [](World &w) { w.condition = cfg_new_untyped_condition(kLong, CFG_OP_ABSENT); });
+      engine, [&](World &w) { return cfg_condition_holds(w.store, node, w.condition); }, done,
+      [&](World &w) {
+        w.condition = cfg_new_untyped_condition(kLong, CFG_OP_ABSENT);
+        node = cfg_get_by_id(w.store, "nodes-1");
+      });
 }
 
 const Case rows[] = {
