@@ -13,33 +13,34 @@
 namespace {
 
 constexpr const char *kUsage =
-    "usage: twbench [--dir DIR] [--only read|commit|import|fresh] [--fields common|whole] [--effort FACTOR]\n"
+    "usage: twbench [--dir DIR] [--only read|ports|commit|import|fresh] [--port-nodes N] [--effort FACTOR]\n"
     "  --dir     where the stores are kept meanwhile; a disk, or the durable figures mean nothing\n"
     "            (default: the build directory)\n"
     "  --only    one group of figures\n"
-    "  --fields  what a node load reads: as much as libtwobject loads at present (default), or all\n"
+    "  --port-nodes  nodes with 48 ports each (default 500; 5000 takes minutes to fill)\n"
     "  --effort  multiplies the number of rounds (default 1)\n";
 
 struct Options {
   std::string directory = TW_BENCH_DIRECTORY, only;
-  bench::FieldSet fields = bench::kLoadedByNodeLoader;
+  std::uint32_t port_nodes = 500;
   double effort = 1;
 };
 
 bool parse(int argc, char **argv, Options &options) {
   static const option names[] = {{"dir", required_argument, nullptr, 'd'},
                                  {"only", required_argument, nullptr, 'o'},
-                                 {"fields", required_argument, nullptr, 'f'},
+                                 {"port-nodes", required_argument, nullptr, 'p'},
                                  {"effort", required_argument, nullptr, 'e'},
                                  {nullptr, 0, nullptr, 0}};
   for (int choice = 0; (choice = getopt_long(argc, argv, "", names, nullptr)) != -1;) {
     const std::string value = optarg == nullptr ? "" : optarg;
     if (choice == 'd')
       options.directory = value;
-    else if (choice == 'o' && (value == "read" || value == "commit" || value == "import" || value == "fresh"))
+    else if (choice == 'o' && (value == "read" || value == "ports" || value == "commit" ||
+                               value == "import" || value == "fresh"))
       options.only = value;
-    else if (choice == 'f' && (value == "common" || value == "whole"))
-      options.fields = value == "whole" ? bench::FieldSet::whole : bench::FieldSet::common;
+    else if (choice == 'p' && std::atoi(optarg) > 0)
+      options.port_nodes = static_cast<std::uint32_t>(std::atoi(optarg));
     else if (choice == 'e' && std::atof(optarg) > 0)
       options.effort = std::atof(optarg);
     else
@@ -54,12 +55,13 @@ void measure(const Options &options, const std::string &program) {
     std::printf("note: %s is not on a disk: the durable figures mean nothing\n", options.directory.c_str());
   const bench::Settings settings = {
       .workspace = workspace,
-      .fields = options.fields,
+      .port_nodes = options.port_nodes,
       .effort = options.effort,
       .fresh_program = std::filesystem::path(program).parent_path() / "twbench_fresh"};
   const auto wanted = [&](const char *group) { return options.only.empty() || options.only == group; };
   bench::Table table;
   if (wanted("read")) measure_reads(settings, table);
+  if (wanted("ports")) measure_ports(settings, table);
   if (wanted("import")) measure_imports(settings, table);
   if (wanted("commit") || wanted("fresh")) {
     // The fresh process opens the large store that the commits were measured on.

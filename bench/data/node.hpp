@@ -40,6 +40,8 @@ inline constexpr std::array<const char *, kAuthTexts> kAuthKeys = {
     "service",     "password",          "authenticationServers",    "baseDN",
     "bindDN",      "usernameAttribute", "groupMembershipAttribute", "bindPassword"};
 
+inline constexpr std::size_t kLdapPassword = 9;  // read and kept, but nobody can ask for it
+
 struct Etag {
   std::string id, name, status;
   std::int32_t version = 0;
@@ -84,7 +86,7 @@ enum class FieldSet {
   whole    // and interfaces, users, groups, authentication
 };
 // The set that libtwobject's node loader reads at present; the figures compare everyone on this set.
-inline constexpr FieldSet kLoadedByNodeLoader = FieldSet::common;
+inline constexpr FieldSet kLoadedByNodeLoader = FieldSet::whole;
 
 inline constexpr std::uint32_t kBundles = 4;
 

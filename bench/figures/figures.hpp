@@ -15,6 +15,7 @@ struct Settings {
   FieldSet fields = kLoadedByNodeLoader;
   std::uint32_t nodes = 5000;
   std::uint32_t few = 1000, many = 50000;  // the sizes between which a commit must not grow
+  std::uint32_t port_nodes = 500;          // nodes with 48 ports
   double effort = 1;                       // multiplies the number of rounds
   std::string fresh_program;               // path of twbench_fresh
 
@@ -23,6 +24,8 @@ struct Settings {
 
 // A whole node by its ID, and the last node by its name, against the peers.
 void measure_reads(const Settings &settings, Table &table);
+// A port by its ID against the hand-packed record, and a node's ports at two sizes.
+void measure_ports(const Settings &settings, Table &table);
 // One field changed and one node added, each durable, at three sizes. Leaves behind the store of `many` nodes
 // in the directory that it returns.
 std::string measure_commits(const Settings &settings, Table &table);

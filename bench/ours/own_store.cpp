@@ -190,6 +190,70 @@ Node enrolled_part(const Node &node) {
   return part;
 }
 
+namespace {
+
+char *copy_or_null(const char *text) { return text == nullptr ? nullptr : copy_text(text); }
+
+void copy_auth(const cfg_node *node, NodeCopy &copy) {
+  using Getter = const char *(*)(const cfg_node *);
+  // In the order of kAuthKeys. LDAP's plain password has no getter.
+  static constexpr std::array<Getter, kAuthTexts> getters = {cfg_node_get_auth_method,
+                                                             cfg_node_get_auth_type,
+                                                             cfg_node_get_radius_authentication_servers,
+                                                             cfg_node_get_radius_accounting_servers,
+                                                             cfg_node_get_radius_password,
+                                                             cfg_node_get_tacacs_password,
+                                                             cfg_node_get_tacacs_authentication_servers,
+                                                             cfg_node_get_tacacs_method,
+                                                             cfg_node_get_tacacs_service,
+                                                             nullptr,
+                                                             cfg_node_get_ldap_authentication_servers,
+                                                             cfg_node_get_ldap_base_dn,
+                                                             cfg_node_get_ldap_bind_dn,
+                                                             cfg_node_get_ldap_username_attribute,
+                                                             cfg_node_get_ldap_group_attribute,
+                                                             cfg_node_get_ldap_bind_password};
+  for (std::size_t i = 0; i < kAuthTexts; ++i)
+    if (getters[i] != nullptr) copy.auth[i] = copy_or_null(getters[i](node));
+  copy.use_remote_groups = cfg_node_get_use_remote_groups(node);
+}
+
+void copy_parts(const cfg_node *node, NodeCopy &copy) {
+  resize(copy.interfaces, static_cast<std::size_t>(cfg_node_get_interface_count(node)));
+  for (std::size_t i = 0; i < copy.interfaces.count; ++i) {
+    const cfg_node_interface *in = cfg_node_get_interface(node, static_cast<std::int32_t>(i));
+    copy.interfaces.items[i] = {
+        copy_or_null(cfg_node_interface_get_node_uuid(in)), copy_or_null(cfg_node_interface_get_uuid(in)),
+        copy_or_null(cfg_node_interface_get_name(in)), copy_or_null(cfg_node_interface_get_ipv4_addr(in)),
+        copy_or_null(cfg_node_interface_get_ipv6_addr(in))};
+  }
+  resize(copy.users, static_cast<std::size_t>(cfg_node_get_node_user_count(node)));
+  for (std::size_t i = 0; i < copy.users.count; ++i) {
+    const cfg_node_user *user = cfg_node_get_node_user(node, static_cast<std::int32_t>(i));
+    UserCopy &out = copy.users.items[i];
+    out.username = copy_or_null(cfg_node_user_get_username(user));
+    out.description = copy_or_null(cfg_node_user_get_description(user));
+    out.disabled = cfg_node_user_get_disabled(user);
+    resize(out.groups, static_cast<std::size_t>(cfg_node_user_get_group_count(user)));
+    for (std::size_t n = 0; n < out.groups.count; ++n)
+      out.groups.items[n] = copy_or_null(cfg_node_user_get_group(user, static_cast<std::int32_t>(n)));
+  }
+  resize(copy.groups, static_cast<std::size_t>(cfg_node_get_node_group_count(node)));
+  for (std::size_t i = 0; i < copy.groups.count; ++i) {
+    const cfg_node_group *group = cfg_node_get_node_group(node, static_cast<std::int32_t>(i));
+    GroupCopy &out = copy.groups.items[i];
+    out.groupname = copy_or_null(cfg_node_group_get_groupname(group));
+    out.description = copy_or_null(cfg_node_group_get_description(group));
+    out.system = cfg_node_group_get_system(group);
+    resize(out.roles, static_cast<std::size_t>(cfg_node_group_get_role_count(group)));
+    for (std::size_t n = 0; n < out.roles.count; ++n)
+      out.roles.items[n] = copy_or_null(cfg_node_group_get_role(group, static_cast<std::int32_t>(n)));
+  }
+  copy_auth(node, copy);
+}
+
+}  // namespace
+
 NodeCopy *copy_of(cfg_node *node) {
   NodeCopy *copy = new_node_copy();
   copy->id = copy_text(cfg_node_get_uuid(node));
@@ -209,6 +273,7 @@ NodeCopy *copy_of(cfg_node *node) {
     copy->etags.items[i] = {copy_text(cfg_etag_get_uuid(etag)), copy_text(cfg_etag_get_name(etag)),
                             copy_text(cfg_etag_get_status(etag)), cfg_etag_get_version(etag)};
   }
+  copy_parts(node, *copy);
   const cfg_certificate *certificate = cfg_node_get_cert_object(node);
   if (certificate == nullptr) return copy;
   copy->certificate = static_cast<CertificateCopy *>(allocate(sizeof(CertificateCopy)));
@@ -223,8 +288,9 @@ void OwnReader::check(const char *who, const Node &node) {
   cfg_node *loaded = cfg_get_node_by_id(store_, node.id.c_str());
   require_store(store_, loaded != nullptr);
   NodeCopy *copy = copy_of(loaded);
-  // The interface has no getter for it.
+  // The interface has no getters for these two.
   if (copy->certificate != nullptr) copy->certificate->revoke_time = node.certificate.revoke_time;
+  copy->auth[kLdapPassword] = copy_text(node.auth[kLdapPassword].c_str());
   require_equal(who, *copy, node, set_);
   free_node_copy(copy);
   cfg_node_free(loaded);

@@ -1,7 +1,6 @@
 #include <twaction.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -19,16 +18,13 @@ namespace {
 using twjobs::Record;
 using twjobs::Table;
 
-// Never destroyed: threads may still read while the process ends.
+// Never destroyed: threads may still read while the process ends. Made without the heap, which may be used
+// up.
 twlmdb::SharedFile &actions() {
-  static auto &file = *new twlmdb::SharedFile(
+  alignas(twlmdb::SharedFile) static char place[sizeof(twlmdb::SharedFile)];
+  static auto &file = *new (place) twlmdb::SharedFile(
       {"TW_ACTION_DIR", "/var/lib/twobject/actions", "actions.mdb", std::size_t{1} << 30U});
   return file;
-}
-
-std::int64_t now_ms() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
 }
 
 // Runs what may be short of memory.
@@ -55,7 +51,7 @@ int update(std::uint64_t id, Record &record, Change change) {
     if (const int failed = table.get(id, changed)) return failed;
     if (const int failed = change(changed)) return failed;
     changed.revision++;
-    changed.changed_ms = now_ms();
+    changed.changed_ms = twlmdb::now_ms();
     return table.replace(id, changed);
   });
   if (result == 0) record = std::move(changed);
@@ -65,7 +61,7 @@ int update(std::uint64_t id, Record &record, Change change) {
 int store_new(twaction &action) {
   twaction next = action;
   const int result = actions().write([&](const twlmdb::Access &access) {
-    next.record.created_ms = next.record.changed_ms = now_ms();
+    next.record.created_ms = next.record.changed_ms = twlmdb::now_ms();
     return Table(access).add(next.record, next.id);
   });
   if (result == 0) action = std::move(next);

@@ -19,7 +19,7 @@ Arena::~Arena() {
       const bool newest = end_ == chunk.begin + chunk.size;
       ::explicit_bzero(chunk.begin, newest ? static_cast<std::size_t>(at_ - chunk.begin) : chunk.size);
     }
-    ::operator delete(chunk.begin, chunk.size);
+    ::operator delete(chunk.begin);
   }
 }
 

@@ -8,7 +8,9 @@ namespace twcfg {
 class ListView {
  public:
   // `list` must be bound.
-  explicit ListView(Head *list);
+  explicit ListView(Head *list) : ListView(*list->store, {list->node, list->stored}) { list_ = list; }
+  // A list without a head, for each() alone.
+  ListView(Store &store, const Found &list);
   explicit operator bool() const { return sound_; }
   std::uint32_t size() const { return size_; }
   Head *at(std::uint32_t index);
@@ -21,7 +23,8 @@ class ListView {
 
  private:
   Store &store_;
-  Head *list_;
+  Packed stored_;
+  Head *list_ = nullptr;
   ListNode *edited_ = nullptr;  // the list in memory, or the changes to a distant list
   std::uint32_t distant_ = 0;
   ListHead stored_head_;
@@ -53,7 +56,7 @@ void ListView::each(Visit &&visit) const {
       if (!visit(entry->number, Found{entry, {}})) return;
     }
   } else {
-    const PackedList packed(list_->stored);
+    const PackedList packed(stored_);
     for (std::uint32_t i = 0; packed && i < packed.count(); ++i) {
       if (!visit(packed.number(i), Found{nullptr, packed.child(i)})) return;
     }

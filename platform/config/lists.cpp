@@ -30,9 +30,9 @@ const std::vector<std::uint32_t> *numbers_of(Store &store, std::uint32_t list) {
   return &known.numbers;
 }
 
-ListView::ListView(Head *list) : store_(*list->store), list_(list) {
-  if (list->kind != CFG_LIST) return;
-  if (ListNode *node = as_list(list->node)) {
+ListView::ListView(Store &store, const Found &list) : store_(store), stored_(list.stored) {
+  if (list.kind() != CFG_LIST) return;
+  if (ListNode *node = as_list(list.node)) {
     distant_ = node->distant;
     if (distant_ == 0) {
       edited_ = node;
@@ -41,10 +41,10 @@ ListView::ListView(Head *list) : store_(*list->store), list_(list) {
       return;
     }
   } else {
-    distant_ = distant_list(list->stored);
+    distant_ = distant_list(stored_);
   }
   if (distant_ == 0) {
-    const PackedList packed(list->stored);
+    const PackedList packed(stored_);
     sound_ = static_cast<bool>(packed);
     size_ = packed.count();
     return;
@@ -69,7 +69,7 @@ Head *ListView::at(std::uint32_t index) {
   if (index >= committed) return bound(edited_->added[index - committed]->head);
   if (distant_ == 0) {
     if (edited_ != nullptr) return head_of(list_, edited_->entries[index]);
-    return entry_of(list_, PackedList(list_->stored).number(index));
+    return entry_of(list_, PackedList(stored_).number(index));
   }
   const std::vector<std::uint32_t> *numbers = numbers_of(store_, distant_);
   if (numbers == nullptr) return nullptr;

@@ -7,6 +7,23 @@ using namespace twcfg;
 
 namespace {
 
+// A value as it is handed out. That of a map or list also says where this stands: a node of the edit has no
+// length, and a stored record is never empty.
+cfg_value handed_out(const Found &found) {
+  cfg_value value = found.value();
+  if (value.kind != CFG_MAP && value.kind != CFG_LIST) return value;
+  if (found.node != nullptr) return {value.kind, 0, reinterpret_cast<const char *>(found.node), 0};
+  return {value.kind, static_cast<std::int32_t>(found.stored.at), found.stored.base, found.stored.size};
+}
+
+// The map or list that such a value came from.
+Found place_of(const cfg_value &value) {
+  if (value.data == nullptr) return {};
+  if (value.length == 0) return {reinterpret_cast<Node *>(const_cast<char *>(value.data)), {}};
+  return {nullptr,
+          {value.data, static_cast<std::uint32_t>(value.length), static_cast<std::uint32_t>(value.number)}};
+}
+
 std::uintptr_t address(const char *bytes) { return reinterpret_cast<std::uintptr_t>(bytes); }
 
 // Reads the keys of one set from map after map. Where the keys stand in the maps of a shape is worked out
@@ -42,14 +59,16 @@ class KeyReader {
     const PackedMap packed = map_;
     const std::int16_t *const slots = slots_;
     for (std::size_t i = 0; i < count; ++i) {
-      values[i] = slots[i] < 0 ? cfg_value{} : value_of(packed.child(static_cast<std::uint32_t>(slots[i])));
+      values[i] = slots[i] < 0 ? cfg_value{}
+                               : handed_out({nullptr, packed.child(static_cast<std::uint32_t>(slots[i]))});
     }
     return true;
   }
 
  private:
   [[gnu::noinline]] void read_spelled(const PackedMap &map, cfg_value *values) {
-    for (std::size_t i = 0; i < set_.count; ++i) values[i] = value_of(map.find(set_.keys[i], store_.names));
+    for (std::size_t i = 0; i < set_.count; ++i)
+      values[i] = handed_out({nullptr, map.find(set_.keys[i], store_.names)});
   }
 
   [[gnu::noinline]] bool read_node(Node *node, cfg_value *values) {
@@ -57,7 +76,7 @@ class KeyReader {
     if (map == nullptr) return false;
     for (std::size_t i = 0; i < set_.count; ++i) {
       const MapItem *item = map->find(known_.names[i]);
-      values[i] = item == nullptr || item->node == nullptr ? cfg_value{} : value_of(*item->node);
+      values[i] = item == nullptr || item->node == nullptr ? cfg_value{} : handed_out({item->node, {}});
     }
     return true;
   }
@@ -183,6 +202,30 @@ int cfg_child_scan(cfg_elem *map, const char *child, const cfg_keyset *set, cfg_
       visit_packed(PackedList(list.stored), entry_id_front(*head, child), visit_entry);
     else
       visit_heads(child_of(head, child), visit_entry);
+    return 1;
+  });
+}
+
+int cfg_value_read(cfg *store, const cfg_value *map, const cfg_keyset *set, cfg_value *values) noexcept {
+  if (!given(store, map, values) || !sound(set)) return 0;
+  return guarded(store, 0, [&] {
+    if (!store->reading()) return 0;
+    if (map->kind != CFG_MAP) return store->fail(CFG_E_ARGUMENT, "the value is no map");
+    return KeyReader(*store, *set).read(place_of(*map), values) ? 1 : 0;
+  });
+}
+
+int cfg_value_scan(cfg *store, const cfg_value *list, cfg_value_visitor visit, void *context) noexcept {
+  if (!given(store, list, visit)) return 0;
+  return guarded(store, 0, [&] {
+    if (!store->reading()) return 0;
+    if (list->kind != CFG_LIST) return store->fail(CFG_E_ARGUMENT, "the value is no list");
+    const ListView view(*store, place_of(*list));
+    if (!view) return store->fail(CFG_E_CORRUPT, "the list is damaged");
+    view.each([&](std::uint32_t, const Found &entry) {
+      const cfg_value value = handed_out(entry);
+      return visit(context, &value) != 0;
+    });
     return 1;
   });
 }

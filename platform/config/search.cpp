@@ -157,3 +157,13 @@ cfg_elem *cfg_search(cfg *store, const char *collection, const cfg_condition *co
     return head == nullptr ? nullptr : head->elem();
   });
 }
+
+int cfg_condition_holds(cfg *store, cfg_elem *elem, const cfg_condition *condition) noexcept {
+  using namespace twcfg;
+  if (!given(store, elem, condition)) return 0;
+  return guarded(store, 0, [&] {
+    if (!store->reading()) return 0;
+    Head *head = checked(store, elem);
+    return head != nullptr && holds_for(*store, *condition, {head->node, head->stored}) ? 1 : 0;
+  });
+}

@@ -1,7 +1,6 @@
 #include <twinfod.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -14,10 +13,12 @@ struct infod_multiple {
 
 namespace {
 
-// Never destroyed: threads may still read while the process ends.
+// Never destroyed: threads may still read while the process ends. Made without the heap, which may be used
+// up.
 twlmdb::SharedFile &state() {
+  alignas(twlmdb::SharedFile) static char place[sizeof(twlmdb::SharedFile)];
   static auto &file =
-      *new twlmdb::SharedFile({"TW_INFOD_DIR", "/run/twinfod", "state.mdb", std::size_t{256} << 20U});
+      *new (place) twlmdb::SharedFile({"TW_INFOD_DIR", "/run/twinfod", "state.mdb", std::size_t{256} << 20U});
   return file;
 }
 
@@ -27,11 +28,6 @@ bool is_key(const char *key) {
   if (!key) return false;
   const std::size_t length = strnlen(key, INFOD_KEY_MAX + 1);
   return length > 0 && length <= INFOD_KEY_MAX;
-}
-
-std::int64_t now_ms() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
 }
 
 int get(const twlmdb::Access &access, const char *key, char **text, std::int64_t *time_ms) {
@@ -53,7 +49,7 @@ int infod_push_text(const char *key, const char *text, int32_t kind) noexcept {
   if (!is_key(key) || !text || strnlen(text, INFOD_TEXT_MAX + 1) > INFOD_TEXT_MAX) return -EINVAL;
   return state().write([&](const twlmdb::Access &access) {
     // Within the write, so that of two values the newer has the newer time.
-    const std::string stored = twinfod::pack({now_ms(), kind, text});
+    const std::string stored = twinfod::pack({twlmdb::now_ms(), kind, text});
     return access.put(stored_key(key), twlmdb::bytes_of(stored.data(), stored.size()));
   });
 }
@@ -101,5 +97,9 @@ int infod_visit(const char *prefix, infod_visitor visit, void *context) noexcept
 
 int infod_remove(const char *prefix) noexcept {
   if (!is_key(prefix)) return -EINVAL;
+  // Nothing is made or written where there is nothing to remove.
+  const int found = infod_visit(
+      prefix, [](void *, const infod_value *) { return 1; }, nullptr);
+  if (found != 1) return found;
   return state().write([&](const twlmdb::Access &access) { return access.remove_all(stored_key(prefix)); });
 }

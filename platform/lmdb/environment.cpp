@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 namespace twlmdb {
@@ -48,6 +49,11 @@ int result_of(int code) noexcept {
     default:
       return code > 0 ? -code : -EIO;
   }
+}
+
+std::int64_t now_ms() noexcept {
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
 }
 
 int Access::get(MDB_val key, MDB_val &value) const noexcept {

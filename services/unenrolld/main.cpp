@@ -22,6 +22,7 @@ void add_options(CLI::App &program, unenrolld::options &opts) {
   program.set_version_flag("--version", UNENROLLD_VERSION);
   program.footer(
       "Environment: TW_ACTION_DIR  directory of the actions, /var/lib/twobject/actions without it\n"
+      "             TW_INFOD_DIR   directory of the live state, /run/twinfod without it\n"
       "             TWLOG_LEVEL    0 to 7: how much is logged, 6 without it");
 }
 

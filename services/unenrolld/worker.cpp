@@ -1,6 +1,7 @@
 #include "worker.hpp"
 
 #include <fmt/format.h>
+#include <twinfod.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -89,6 +90,7 @@ void worker::deal_with(const bs_job &job) {
   } else {
     request.begin();
     result = nodes_.remove(*node);
+    if (result.finished()) infod_remove(fmt::format("nodes.{}.", *node).c_str());
     request.end(result);
     if (result.finished())
       log(level::notice,

@@ -1,17 +1,17 @@
 // The name of a node's enrollment bundle, which its tags tell.
+#include <twobject/node_tag.h>
+
 #include "nodes/node.hpp"
 #include "record/memory_watch.hpp"
 #include "record/owned_tag.hpp"
-#include "record/tag_refs.hpp"
 
 namespace {
 
 // The text of the value whose tag is named "Bundle"; of several the last.
-tw::text bundle_of(const cfg_node &node) noexcept {
+tw::text bundle_of(cfg_node &node) noexcept {
   tw::text name;
-  tw::tag_refs tags("tags");
-  for (int32_t i = 0; i < tags.count(node); ++i) {
-    const tw::owned_tag_value value(tags.value(node, i));
+  for (int32_t i = 0; i < cfg_node_get_tag_count(&node); ++i) {
+    const tw::owned_tag_value value(cfg_node_get_tag(&node, i));
     const tw::owned_tag tag(cfg_tag_value_get_parent_tag(value.get()));
     if (tw::same(tag_get_name(tag.get()), "Bundle")) name.set(tag_value_get_value(value.get()));
   }

@@ -1,18 +1,10 @@
 // The node record: making, freeing, getters and setters.
 #include "nodes/node.hpp"
 
+#include "nodes/set_text.hpp"
 #include "record/boundary.hpp"
-#include "record/helpers.hpp"
 
-namespace {
-
-// The setters of the node family answer 0 also for the pointer that the field already holds: set_string().
-template <auto Member>
-int set_text(cfg_node *node, const char *value) noexcept {
-  return node && tw::set_string(&(node->*Member), value);
-}
-
-}  // namespace
+using tw::set_text;
 
 cfg_node *cfg_new_node(cfg *store) noexcept { return tw::new_view<cfg_node>(store).release(); }
 

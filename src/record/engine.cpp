@@ -12,6 +12,11 @@ bool load_all_below(const load_rows &list, void *record, cfg_elem *map, const ch
   return cfg_child_read(map, child, &list.keys, values) && load_values(list, record, values);
 }
 
+bool load_all_within(const load_rows &list, void *record, cfg *store, const cfg_value &map) noexcept {
+  cfg_value values[max_rows];
+  return cfg_value_read(store, &map, &list.keys, values) && load_values(list, record, values);
+}
+
 bool load_values(const load_rows &list, void *record, const cfg_value *values) noexcept {
   for (std::size_t i = 0; i < list.count; ++i) {
     const row_data &row = list.rows[i];

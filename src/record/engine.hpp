@@ -9,6 +9,7 @@ namespace tw {
 // The untyped engine; use the templates below, which keep rows and records of one type together.
 bool load_all(const load_rows &list, void *record, cfg_elem *map) noexcept;
 bool load_all_below(const load_rows &list, void *record, cfg_elem *map, const char *child) noexcept;
+bool load_all_within(const load_rows &list, void *record, cfg *store, const cfg_value &map) noexcept;
 bool load_values(const load_rows &list, void *record, const cfg_value *values) noexcept;
 bool store_all(const store_rows &list, const void *record, cfg *store, cfg_elem *map) noexcept;
 void store_each_of(const store_rows &list, const void *record, cfg *store, cfg_elem *map) noexcept;
@@ -30,6 +31,21 @@ bool load_below(const load_list<Record, N> &list, Record &record, cfg_elem *map,
 template <class Record, std::size_t N>
 bool load_from(const load_list<Record, N> &list, Record &record, const cfg_value *values) noexcept {
   return load_values(list, &record, values);
+}
+
+// A map within the map: its keys have a list of their own, which fills the same record. Read only; a record
+// that keeps its handle as `cfg` can have it.
+template <const auto &List, class Record, std::size_t N>
+constexpr row<Record> map_row_of(const load_list<Record, N> &, const char *key) {
+  return {{key, CFG_MAP, presence::optional,
+           [](void *record, const cfg_value &map) {
+             return load_all_within(List, record, static_cast<Record *>(record)->cfg, map);
+           },
+           nullptr, "has its own list"}};
+}
+template <const auto &List>
+constexpr auto map_row(const char *key) {
+  return map_row_of<List>(List, key);
 }
 
 // Writes every row of the list to the map, in list order, up to the first write that fails.

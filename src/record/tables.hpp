@@ -24,8 +24,14 @@ extern const tables bundle_tables;
 extern const tables certificate_tables;
 extern const tables enrollment_tables;
 extern const tables etag_tables;
+extern const tables node_auth_tables;
+extern const tables node_group_tables;
+extern const tables node_interface_tables;
 extern const tables node_load_tables;
 extern const tables node_save_tables;
+extern const tables node_user_tables;
+extern const tables port_tables;
+extern const tables smart_group_tables;
 extern const tables tag_tables;
 extern const tables tag_value_tables;
 extern const tables template_tables;
@@ -33,14 +39,17 @@ extern const tables boot_flag_tables;
 extern const tables conn_tables;
 extern const tables external_endpoint_tables;
 extern const tables physif_tables;
+extern const tables push_exec_ctxt_tables;
+extern const tables push_node_ctxt_tables;
 
 // All of them, in the order of the dump.
 inline constexpr const tables *all_tables[] = {
-    &certificate_tables, &node_load_tables,         &etag_tables,
-    &node_save_tables,   &enrollment_tables,        &tag_tables,
-    &tag_value_tables,   &template_tables,          &boot_flag_tables,
-    &conn_tables,        &external_endpoint_tables, &physif_tables,
-    &bundle_tables,
+    &certificate_tables,    &node_load_tables,  &etag_tables,        &node_save_tables,
+    &node_interface_tables, &node_user_tables,  &node_group_tables,  &node_auth_tables,
+    &port_tables,           &enrollment_tables, &tag_tables,         &tag_value_tables,
+    &template_tables,       &boot_flag_tables,  &conn_tables,        &external_endpoint_tables,
+    &physif_tables,         &bundle_tables,     &smart_group_tables, &push_exec_ctxt_tables,
+    &push_node_ctxt_tables,
 };
 
 }  // namespace tw

@@ -71,6 +71,12 @@ void text_array::leave_block() noexcept {
   count_ = 0;
 }
 
+void text_array::leave_texts() noexcept {
+  std::free(static_cast<void *>(texts_));
+  texts_ = nullptr;
+  count_ = 0;
+}
+
 void text_array::adopt(char **texts, std::int32_t count) noexcept {
   char **block = texts_;
   leave_block();

@@ -47,6 +47,8 @@ class text_array {
   void clear() noexcept;
   // Frees the texts but leaves the array's block to whoever was given texts().
   void leave_block() noexcept;
+  // Frees the array's block but leaves the texts to whoever was given them one by one.
+  void leave_texts() noexcept;
   // Takes over a heap array of heap strings.
   void adopt(char **texts, std::int32_t count) noexcept;
 

@@ -11,14 +11,18 @@ namespace allocation {
 extern const std::span<const Case> system_cases;
 extern const std::span<const Case> certificate_cases;
 extern const std::span<const Case> node_cases;
+extern const std::span<const Case> node_part_cases;
+extern const std::span<const Case> port_cases;
 extern const std::span<const Case> node_runtime_cases;
 extern const std::span<const Case> enrollment_cases;
 extern const std::span<const Case> search_cases;
+extern const std::span<const Case> smart_group_cases;
 extern const std::span<const Case> tag_cases;
 extern const std::span<const Case> template_cases;
 extern const std::span<const Case> bundle_cases;
 extern const std::span<const Case> network_cases;
 extern const std::span<const Case> service_cases;
+extern const std::span<const Case> push_cases;
 
 }  // namespace allocation
 

@@ -16,13 +16,17 @@ std::vector<Case> all() {
       certificate_cases,
       node_cases,
       node_runtime_cases,
+      node_part_cases,
+      port_cases,
       enrollment_cases,
       tag_cases,
       template_cases,
       network_cases,
       service_cases,
       search_cases,
+      push_cases,
       bundle_cases,
+      smart_group_cases,
   };
   // clang-format on
   std::vector<Case> rows;

@@ -19,6 +19,10 @@ bool whole(cfg_node *node, const char *id) {
   if (std::strcmp(id, kTarnwell) == 0) {
     EXPECT_STREQ(cfg_node_get_bundle_id(node), "enrollment_bundles-1");
     EXPECT_EQ(cfg_node_get_ssh_port(node), 2222U);
+    EXPECT_STREQ(cfg_node_interface_get_ipv6_addr(cfg_node_get_interface(node, 1)), "second ipv6_address");
+    EXPECT_STREQ(cfg_node_user_get_group(cfg_node_get_node_user(node, 1), 1), "second again");
+    EXPECT_STREQ(cfg_node_group_get_role(cfg_node_get_node_group(node, 1), 1), "second again");
+    EXPECT_STREQ(cfg_node_get_ldap_bind_password(node), "ldap's bindPassword");
   } else {
     EXPECT_STREQ(cfg_node_get_password(node), "generic's password");
     EXPECT_STREQ(cfg_node_get_port_label(node, 1), "second port");

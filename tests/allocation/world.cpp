@@ -11,6 +11,8 @@
 #include <filesystem>
 #include <memory>
 
+#include "records/pushes/push_fixture.hpp"
+
 namespace allocation {
 namespace {
 
@@ -58,6 +60,8 @@ class Seed {
     bundles(value, dummy_template());
     network();
     services();
+    smart_group();
+    push();
     check(cfg_commit(store, nullptr));
   }
 
@@ -138,6 +142,12 @@ class Seed {
     return id(value);
   }
 
+  void smart_group() {
+    cfg_elem *group = entry(list(map(cfg_root(store), "smart_groups"), "nodes_groups"));
+    text(group, "name", "all that is called n");
+    text(group, "query", R"({"key":"name","op":"equal","string":"n"})");
+  }
+
   void etags(cfg_elem *node) {
     cfg_elem *etags = list(node, "etags");
     for (const char *name : {"ports", "users"}) {
@@ -145,6 +155,83 @@ class Seed {
       text(etag, "name", name);
       text(etag, "status", "ok");
       number(etag, "version", 7);
+    }
+  }
+
+  void truth(cfg_elem *map, const char *key) { check(cfg_map_set_bool(store, map, key, 1)); }
+
+  // Two interfaces, users and groups, and all of the authentication settings.
+  void reports(cfg_elem *node) {
+    cfg_elem *interfaces = list(node, "interfaces"), *users = list(node, "users"),
+             *groups = list(node, "groups");
+    for (const std::string which : {"first", "second"}) {
+      cfg_elem *interface = entry(interfaces);
+      for (const char *key : {"name", "ipv4_address", "ipv6_address"})
+        text(interface, key, which + " " + key);
+      cfg_elem *user = entry(users);
+      for (const char *key : {"username", "description"}) text(user, key, which + " " + key);
+      number(user, "disabled", 1);
+      texts(user, "groups", which);
+      cfg_elem *group = entry(groups);
+      for (const char *key : {"groupname", "description"}) text(group, key, which + " " + key);
+      truth(group, "system");
+      texts(group, "roles", which);
+    }
+    cfg_elem *auth = map(node, "auth");
+    for (const char *key : {"auth_method", "auth_type"}) text(auth, key, std::string("the ") + key);
+    truth(auth, "use_remote_groups");
+    cfg_elem *radius = map(auth, "radius"), *tacacs = map(auth, "tacacs"), *ldap = map(auth, "ldap");
+    for (const char *key : {"authenticationServers", "accountingServers", "password"})
+      text(radius, key, std::string("radius's ") + key);
+    for (const char *key : {"authenticationServers", "password", "method", "service"})
+      text(tacacs, key, std::string("tacacs's ") + key);
+    for (const char *key : {"authenticationServers", "password", "baseDN", "bindDN", "usernameAttribute",
+                            "groupMembershipAttribute", "bindPassword"})
+      text(ldap, key, std::string("ldap's ") + key);
+  }
+  void texts(cfg_elem *map, const char *key, const std::string &which) {
+    cfg_elem *made = list(map, key);
+    for (const char *end : {" of all", " again"})
+      check(cfg_add_listelem(store, made, cfg_new_string(store, (which + end).c_str())));
+  }
+
+  // Two ports with every field.
+  void ports(cfg_elem *node) {
+    cfg_elem *ports = list(node, "ports");
+    for (const char *csid : {"1", "2"}) {
+      cfg_elem *port = entry(ports);
+      text(port, "id", csid);
+      for (const char *key :
+           {"label", "attachedDeviceType", "mode", "hardwareType", "connection_method", "line_id"})
+        text(port, key, std::string("port's ") + key);
+      number(port, "remote_port", 7001);
+      cfg_elem *hardware = map(port, "hardware");
+      for (const char *key : {"protocol", "pinout"}) text(hardware, key, std::string("port's ") + key);
+      cfg_elem *uart = map(map(port, "hardwareSettings"), "uart");
+      for (const char *key : {"dataBits", "stopBits", "baud", "parity", "flowControl"})
+        text(uart, key, std::string("port's ") + key);
+      cfg_elem *logging = map(port, "logging");
+      for (const char *key : {"level", "facility", "priority"})
+        text(logging, key, std::string("port's ") + key);
+      cfg_elem *nagios = map(port, "nagios");
+      for (const char *key : {"enabled", "serialStatus", "portLogging"}) truth(nagios, key);
+      text(nagios, "name", "port's name");
+      cfg_elem *modes = map(port, "modeSettings");
+      cfg_elem *console = map(modes, "consoleServer");
+      for (const char *key : {"ssh", "tcp", "rfc2217", "webShell"}) truth(map(console, key), "enabled");
+      cfg_elem *share = map(console, "portShare");
+      for (const char *key : {"enabled", "encryption", "authentication"}) truth(share, key);
+      text(share, "password", "port's share password");
+      cfg_elem *telnet = map(console, "telnet");
+      for (const char *key : {"enabled", "unauthenticated"}) truth(telnet, key);
+      text(map(modes, "terminalServer"), "terminalType", "port's terminalType");
+      cfg_elem *sdt = map(modes, "sdtServer");
+      for (const char *key : {"username", "password"}) text(sdt, key, std::string("port's ") + key);
+      cfg_elem *bridge = map(modes, "bridge");
+      for (const char *key : {"rfc2217", "sshTunnel"}) truth(bridge, key);
+      cfg_elem *server = map(bridge, "server");
+      text(server, "address", "port's address");
+      number(server, "port", 7002);
     }
   }
 
@@ -166,6 +253,7 @@ class Seed {
     reference(tarnwell, "bundle", "enrollment_bundles-1");
     reference(tarnwell, "cert", certificate);
     text(tarnwell, "package_password", "the package's password");
+    reports(tarnwell);
     cfg_elem *ssh = map(tarnwell, "ssh");
     number(ssh, "port", 2222);
     text(ssh, "banner", "welcome");
@@ -177,6 +265,7 @@ class Seed {
     text(generic, "connection_method", "ssh");
     number(generic, "port_count", 2);
     number(generic, "base_port", 3000);
+    ports(generic);
     cfg_elem *labels = list(generic, "port_labels");
     for (const char *label : {"first port", "second port"})
       check(cfg_add_listelem(store, labels, cfg_new_string(store, label)));
@@ -255,6 +344,27 @@ class Seed {
     check(cfg_map_set_bool(store, flag, "is_set", 1));
   }
 
+  void push() {
+    cfg_elem *push = entry(list(cfg_root(store), "cfg_push_exec_ctxts"));
+    text(push, "username", "alice of the night shift, the second of that name");
+    text(push, "status", "preflight_ready");
+    text(push, "disconnected_nodes_behaviour", "prompt");
+    check(cfg_add_listelem(store, list(push, "templates"), cfg_new_reference(store, kTemplate)));
+    cfg_elem *node = entry(list(push, "nodes"));
+    reference(node, "node", kTarnwell);
+    text(node, "status", "preflight_in_progress");
+    check(cfg_map_set_bool(store, node, "apply_execution", 1));
+    for (const char *phase : {"preflight_", "execution_"})
+      for (const char *kind : {"changes", "warnings", "errors", "messages"}) {
+        cfg_elem *message = entry(list(node, (std::string(phase) + kind).c_str()));
+        number(message, "code", 3);
+        number(message, "argc", 1);
+        reference(message, "template", kTemplate);
+        check(cfg_add_listelem(store, list(message, "args"),
+                               cfg_new_string(store, "the argument of the message")));
+      }
+  }
+
   cfg *store;
 };
 
@@ -309,12 +419,14 @@ World::World()
     : store(directory().open()),
       node(cfg_get_node_by_id(store, kTarnwell)),
       generic(cfg_get_node_by_id(store, kGeneric)),
+      port(cfg_get_port_by_id(store, kPort)),
       enrollment(cfg_enrollment_get_by_id(store, kTarnwell)),
       generic_enrollment(cfg_enrollment_get_by_id(store, kGeneric)),
       certificate(cfg_get_certificate_by_id(store, kCertificate)),
       tags(cfg_get_tag_list(store, CFG_TAG_NODE)),
       tag(cfg_get_tag_by_id(store, kTag)),
       tag_value(cfg_get_tag_value_by_id(store, kTagValue)),
+      group(cfg_smartgroup_get_by_id(store, "nodes", kSmartGroup)),
       templates(cfg_template_list_new(store)),
       dummy(cfg_template_get_by_id(store, kTemplate)),
       bundles(cfg_bundle_list_new(store)),
@@ -326,22 +438,27 @@ World::World()
       endpoints(cfg_net_get_external_endpoint_list(store)),
       ntp(cfg_get_ntp(store)),
       gateway(cfg_get_service_console_gateway(store)),
-      boot_flag(cfg_boot_flag_get_by_id(store, kBootFlag)) {
-  if (!store || !node || !generic || !enrollment || !generic_enrollment || !certificate || !tags || !tag ||
-      !tag_value || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless || !conn ||
-      !endpoint || !endpoints || !ntp || !gateway || !boot_flag)
+      boot_flag(cfg_boot_flag_get_by_id(store, kBootFlag)),
+      push(cfg_push_exec_ctxt_get_by_id(store, kPush)),
+      push_node(cfg_push_node_ctxt_get_by_id(store, kPushNode)),
+      pushes(cfg_push_exec_ctxt_list_new(store)) {
+  if (!store || !node || !generic || !port || !enrollment || !generic_enrollment || !certificate || !tags ||
+      !tag || !tag_value || !group || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless ||
+      !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag || !push || !push_node || !pushes)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
 World::~World() {
   cfg_node_free(node);
   cfg_node_free(generic);
+  cfg_port_free(port);
   cfg_enrollment_free(enrollment);
   cfg_enrollment_free(generic_enrollment);
   free_whole(certificate);
   free_whole(tags);
   free_whole(tag);
   cfg_tag_value_free(tag_value);
+  cfg_smartgroup_free(group);
   cfg_template_list_free(templates);
   free_whole(dummy);
   cfg_bundle_list_free(bundles);
@@ -354,6 +471,9 @@ World::~World() {
   cfg_ntp_free(ntp);
   cfg_service_console_gateway_free(gateway);
   cfg_boot_flag_free(boot_flag);
+  if (push) records::free_push()(push);
+  cfg_push_node_ctxt_free(push_node);
+  cfg_push_exec_ctxt_list_free(pushes);
   cfg_close(store);
   cfg_close(unread);
 }

@@ -10,11 +10,13 @@
 namespace allocation {
 
 // The committed entries of the store.
-inline constexpr char kTarnwell[] = "nodes-1";  // with certificate, etags and tags
-inline constexpr char kGeneric[] = "nodes-2";   // with credentials, port labels and etags
+inline constexpr char kTarnwell[] = "nodes-1";  // with certificate, etags, tags and what it reports
+inline constexpr char kGeneric[] = "nodes-2";   // with credentials, port labels, etags and ports
+inline constexpr char kPort[] = "nodes-2_ports-1";
 inline constexpr char kCertificate[] = "certificates-1";
 inline constexpr char kTag[] = "tags_node_tags-1";  // "Bundle"
 inline constexpr char kTagValue[] = "tags_node_tags-1_values-1";
+inline constexpr char kSmartGroup[] = "smart_groups_nodes_groups-1";
 inline constexpr char kTemplate[] = "templates-1";         // a dummy
 inline constexpr char kBundle[] = "enrollment_bundles-1";  // with an automatic tag and a template
 inline constexpr char kTagRef[] = "enrollment_bundles-1_automatic_tags-1";
@@ -25,6 +27,9 @@ inline constexpr char kConn[] = "system_net_conns-1";  // "uplink", dhcp on kEth
 inline constexpr char kEndpoint[] = "system_net_external_endpoints-1";
 inline constexpr char kNtpServer[] = "services_ntp_servers-1";
 inline constexpr char kBootFlag[] = "boot_flags-1";  // "wipe"
+
+inline constexpr char kPush[] = "cfg_push_exec_ctxts-1";              // of kTemplate to kTarnwell
+inline constexpr char kPushNode[] = "cfg_push_exec_ctxts-1_nodes-1";  // with a message in each list
 
 // A text that was not there before; long, so that it is never kept within a string object.
 inline constexpr char kNew[] = "a new text, longer than what fits into a string object";
@@ -48,12 +53,14 @@ class World {
   cfg *unread = nullptr;                         // another handle on the same store, once it is opened
   cfg_node *node = nullptr;                      // kTarnwell
   cfg_node *generic = nullptr;                   // kGeneric
+  cfg_port *port = nullptr;                      // kPort
   cfg_enrollment *enrollment = nullptr;          // kTarnwell
   cfg_enrollment *generic_enrollment = nullptr;  // kGeneric
   cfg_certificate *certificate = nullptr;        // kCertificate
   cfg_tag_list *tags = nullptr;
   cfg_tag *tag = nullptr;              // kTag
   cfg_tag_value *tag_value = nullptr;  // kTagValue
+  cfg_smartgroup *group = nullptr;     // kSmartGroup
   cfg_template_list *templates = nullptr;
   cfg_template *dummy = nullptr;  // kTemplate
   cfg_bundle_list *bundles = nullptr;
@@ -65,7 +72,10 @@ class World {
   cfg_net_external_endpoint_list *endpoints = nullptr;
   cfg_ntp *ntp = nullptr;
   cfg_service_console_gateway *gateway = nullptr;
-  cfg_boot_flag *boot_flag = nullptr;  // kBootFlag
+  cfg_boot_flag *boot_flag = nullptr;       // kBootFlag
+  cfg_push_exec_ctxt *push = nullptr;       // kPush
+  cfg_push_node_ctxt *push_node = nullptr;  // kPushNode
+  cfg_push_exec_ctxt_list *pushes = nullptr;
 };
 
 // Frees a record with what its free function leaves to others, who are not here.

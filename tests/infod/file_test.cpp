@@ -15,8 +15,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST_F(InfodTest, ReadingBeforeAnythingWasPublishedMakesNothing) {
+TEST_F(InfodTest, ReadingAndRemovingBeforeAnythingWasPublishedMakesNothing) {
   EXPECT_EQ(text_of("a"), missing);
+  EXPECT_EQ(infod_remove("a"), 0);
   EXPECT_EQ(all(), std::vector<std::string>{});
   infod_multiple *multiple = infod_get_multiple_start();
   ASSERT_NE(multiple, nullptr);

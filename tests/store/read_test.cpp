@@ -125,8 +125,130 @@ TEST_P(ReadTest, AKeySetReadsNestedMapsAndNewMapsToo) {
   }
   ASSERT_EQ(cfg_map_read(cfg_root(store), &keyset_of({"a", "b"}), values), 1);
   EXPECT_EQ(values[0].kind, CFG_MAP);
-  EXPECT_EQ(values[0].data, nullptr);
   EXPECT_EQ(values[1].kind, CFG_NONE);
+}
+
+namespace {
+
+const std::vector<std::string> kOneKey = {"inner"};
+
+// The value of the key "inner" of a map.
+cfg_value inner_of(cfg_elem *map) {
+  static const cfg_keyset &set = keyset_of(kOneKey);
+  cfg_value value{};
+  EXPECT_EQ(cfg_map_read(map, &set, &value), 1);
+  return value;
+}
+
+// The texts of a list's entries in order; "-" stands for an entry that is no string.
+std::vector<std::string> texts_in(cfg *store, const cfg_value &list) {
+  std::vector<std::string> texts;
+  EXPECT_EQ(cfg_value_scan(
+                store, &list,
+                [](void *context, const cfg_value *entry) {
+                  static_cast<std::vector<std::string> *>(context)->push_back(
+                      entry->kind == CFG_STRING ? std::string(entry->data, entry->length) : "-");
+                  return 1;
+                },
+                &texts),
+            1);
+  return texts;
+}
+
+}  // namespace
+
+TEST_P(ReadTest, AMapThatWasReadAsAValueIsReadFurther) {
+  cfg_elem *outer = make_map(store, "outer");
+  cfg_elem *inner = make_map(store, "outer.inner");
+  ASSERT_EQ(cfg_map_set_int(store, make_map(store, "outer.inner.inner"), "n", 7), 1);
+  ASSERT_EQ(cfg_map_set_string(store, inner, "name", "first"), 1);
+  const auto agree = [&](const char *name) {
+    const cfg_value map = inner_of(cfg_get_by_path(store, "outer"));
+    ASSERT_EQ(map.kind, CFG_MAP);
+    cfg_value values[3];
+    ASSERT_EQ(cfg_value_read(store, &map, &keys(), values), 1);
+    EXPECT_STREQ(values[0].data, name);
+    EXPECT_EQ(values[1].kind, CFG_NONE);
+    cfg_value below;
+    ASSERT_EQ(cfg_value_read(store, &map, &keyset_of(kOneKey), &below), 1);
+    ASSERT_EQ(cfg_value_read(store, &below, &keys(), values), 1);
+    EXPECT_EQ(values[1].number, 7);
+  };
+  agree("first");
+  ASSERT_TRUE(commits(store));
+  agree("first");
+  ASSERT_EQ(cfg_map_set_string(store, cfg_get_by_path(store, "outer.inner"), "name", "second"), 1);
+  agree("second");
+  ASSERT_EQ(cfg_map_delete_key(store, outer, "inner"), 1);
+  EXPECT_EQ(inner_of(outer).kind, CFG_NONE);
+}
+
+TEST_P(ReadTest, AListThatWasReadAsAValueShowsWhatListReadsShow) {
+  cfg_elem *node = append_named(store, make_list(store, "nodes"), "node");
+  ASSERT_TRUE(commits(store));
+  node = cfg_get_by_id(store, "nodes-1");
+  std::vector<std::string> expected;
+  ASSERT_NE(put_list(store, node, "inner"), nullptr);
+  // The later rounds are long enough for a list with records of its own.
+  for (const std::size_t size : {0U, 1U, 3U, 200U}) {
+    cfg_elem *list = cfg_simple_get_mapelem(store, node, "inner");
+    while (expected.size() < size) {
+      expected.push_back("the text of entry " + std::to_string(expected.size()));
+      ASSERT_EQ(cfg_add_listelem(store, list, cfg_new_string(store, expected.back().c_str())), 1);
+    }
+    EXPECT_EQ(texts_in(store, inner_of(node)), expected);
+    ASSERT_TRUE(commits(store));
+    EXPECT_EQ(texts_in(store, inner_of(node)), expected);
+    reopen();
+    node = cfg_get_by_id(store, "nodes-1");
+    EXPECT_EQ(texts_in(store, inner_of(node)), expected);
+  }
+  cfg_elem *list = cfg_simple_get_mapelem(store, node, "inner");
+  ASSERT_EQ(cfg_delete_element(store, cfg_simple_get_listelem(store, list, 1)), 1);
+  ASSERT_EQ(cfg_set_string(store, cfg_simple_get_listelem(store, list, 0), "changed"), 1);
+  ASSERT_EQ(cfg_add_listelem(store, list, cfg_new_map(store)), 1);
+  ASSERT_NE(append_string(store, list, "pending"), nullptr);
+  expected.erase(expected.begin() + 1);
+  expected.front() = "changed";
+  expected.push_back("-");
+  EXPECT_EQ(texts_in(store, inner_of(node)), expected);
+}
+
+TEST_P(ReadTest, AScanOfAListValueEndsWhenTheVisitorSaysSo) {
+  cfg_elem *map = make_map(store, "outer");
+  cfg_elem *list = put_list(store, map, "inner");
+  for (const char *text : {"a", "b", "c"}) ASSERT_NE(append_string(store, list, text), nullptr);
+  ASSERT_TRUE(commits(store));
+  const cfg_value value = inner_of(cfg_get_by_path(store, "outer"));
+  int calls = 0;
+  const auto second = [](void *context, const cfg_value *) {
+    return ++*static_cast<int *>(context) < 2 ? 1 : 0;
+  };
+  EXPECT_EQ(cfg_value_scan(store, &value, second, &calls), 1);
+  EXPECT_EQ(calls, 2);
+}
+
+TEST_P(ReadTest, AValueThatIsNoMapOrListIsNotReadFurther) {
+  cfg_elem *map = make_map(store, "outer");
+  ASSERT_NE(put_list(store, map, "inner"), nullptr);
+  const cfg_value list = inner_of(map);
+  const cfg_value none{};
+  const cfg_value number{CFG_INT, 5, nullptr, 0};
+  const cfg_value placeless{CFG_MAP, 0, nullptr, 0};
+  const cfg_value placeless_list{CFG_LIST, 0, nullptr, 0};
+  const auto visit = [](void *, const cfg_value *) { return 1; };
+  cfg_value values[3];
+  for (const cfg_value *wrong : {&list, &none, &number, &placeless})
+    EXPECT_EQ(cfg_value_read(store, wrong, &keys(), values), 0);
+  for (const cfg_value *wrong : {&none, &number, &placeless, &placeless_list})
+    EXPECT_EQ(cfg_value_scan(store, wrong, visit, nullptr), 0);
+  EXPECT_EQ(cfg_value_read(nullptr, &list, &keys(), values), 0);
+  EXPECT_EQ(cfg_value_read(store, nullptr, &keys(), values), 0);
+  EXPECT_EQ(cfg_value_read(store, &list, nullptr, values), 0);
+  EXPECT_EQ(cfg_value_read(store, &list, &keys(), nullptr), 0);
+  EXPECT_EQ(cfg_value_scan(nullptr, &list, visit, nullptr), 0);
+  EXPECT_EQ(cfg_value_scan(store, nullptr, visit, nullptr), 0);
+  EXPECT_EQ(cfg_value_scan(store, &list, nullptr, nullptr), 0);
 }
 
 TEST_P(ReadTest, TheSameKeyMayBeAskedForTwice) {

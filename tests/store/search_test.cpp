@@ -296,3 +296,21 @@ TEST_P(SearchTest, AnswersAgreeWithAScanWhileThousandsOfEntriesChange) {
     EXPECT_EQ(find(store, "many", is("name", "g7")), expected);
   }
 }
+
+TEST_P(SearchTest, AnElementIsJudgedAsTheSearchWouldJudgeIt) {
+  const Condition cases[] = {is("name", "cert 1"),      is("ssh.port", "22"),
+                             is_not("name", "cert 1"),  absent("revoke_time"),
+                             refers("node", "nodes-1"), all_of(is("name", "cert 1"), is("ssh.port", "22"))};
+  for (const Condition &condition : cases) {
+    Ids judged;
+    for (int i = 1; i <= 6; ++i) {
+      const std::string id = "certificates-" + std::to_string(i);
+      if (cfg_condition_holds(store, cfg_get_by_id(store, id.c_str()), condition.get()))
+        judged.push_back(std::to_string(i));
+    }
+    EXPECT_EQ(judged, find(condition));
+    EXPECT_EQ(cfg_condition_holds(store, nullptr, condition.get()), 0);
+    EXPECT_EQ(cfg_condition_holds(nullptr, cfg_root(store), condition.get()), 0);
+  }
+  EXPECT_EQ(cfg_condition_holds(store, cfg_root(store), nullptr), 0);
+}

@@ -273,6 +273,7 @@ class Walk {
       cfg_value single{};
       ASSERT_EQ(cfg_elem_read(cfg_simple_get_mapelem(store_, map, keys[i].c_str()), &single), 1) << keys[i];
       EXPECT_EQ(values[i].kind, single.kind) << keys[i];
+      if (single.kind == CFG_MAP || single.kind == CFG_LIST) continue;  // says where it stands
       EXPECT_EQ(values[i].number, single.number) << keys[i];
       EXPECT_EQ(values[i].length, single.length) << keys[i];
       EXPECT_EQ(values[i].data != nullptr, single.data != nullptr) << keys[i];

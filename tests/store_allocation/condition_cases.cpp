@@ -106,8 +106,19 @@ void search(EngineKind engine) {
   });
 }
 
+void holds(EngineKind engine) {
+  cfg_elem *node = nullptr;
+  sweep(
+      engine, [&](World &w) { return cfg_condition_holds(w.store, node, w.condition); }, done,
+      [&](World &w) {
+        w.condition = cfg_new_untyped_condition(kLong, CFG_OP_ABSENT);
+        node = cfg_get_by_id(w.store, "nodes-1");
+      });
+}
+
 const Case rows[] = {
     {"cfg_condition_add_child", add_child, kPlain},
+    {"cfg_condition_holds", holds},
     {"cfg_free_conditions", release, kPlain},
     {"cfg_new_and_condition", [](EngineKind) { make([] { return cfg_new_and_condition(); }); }, kPlain},
     {"cfg_new_reference_condition",

@@ -82,6 +82,7 @@ void PrintTo(const Jobs &jobs, std::ostream *out) {
 
 UnenrolldTest::UnenrolldTest() {
   setenv("TW_ACTION_DIR", (scratch_.path() + "/actions").c_str(), 1);
+  setenv("TW_INFOD_DIR", (scratch_.path() + "/live").c_str(), 1);
   cfg_close(cfg_open(store_path().c_str(), CFG_OPEN_CREATE, nullptr));
 }
 

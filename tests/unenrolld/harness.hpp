@@ -8,6 +8,7 @@
 #include <twconfig.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,7 @@ class UnenrolldTest : public testing::Test {
   /** Runs it until no job is left; how it ended. Its output is in `output`. */
   std::string run_once(const texts &environment = {}, const texts &more = {});
 
+  std::optional<queue::FixedPort> fixed_port;  // outlives the server that listens on it
   std::unique_ptr<queue::Server> server = std::make_unique<queue::Server>();
   std::string certificate;
   std::string output;

@@ -1,6 +1,8 @@
 // Jobs that are done.
+#include <twinfod.h>
 #include <twobject.h>
 
+#include <cerrno>
 #include <ctime>
 
 #include "unenrolld/harness.hpp"
@@ -30,7 +32,7 @@ TEST_F(UnenrolldTest, TheNodeIsGoneAndItsCertificateRevokedInOneCommit) {
 }
 
 TEST_F(UnenrolldTest, WhatALibrarysUserAskedForIsDone) {
-  const queue::FixedPort port;
+  fixed_port.emplace();
   server = std::make_unique<queue::Server>(queue::FixedPort::number);
   const std::string node = add_node("rack-1");
   {
@@ -45,6 +47,19 @@ TEST_F(UnenrolldTest, WhatALibrarysUserAskedForIsDone) {
   EXPECT_NE(revoked_at(certificate), 0);
   EXPECT_EQ(action_of(node), "3");
   EXPECT_EQ(jobs(), none);
+}
+
+TEST_F(UnenrolldTest, TheLiveStateOfTheNodeGoesWithItAndNoOthers) {
+  const std::string node = add_node("rack-1"), key = "nodes." + node + ".status.connection_status",
+                    other = "nodes." + node + "2.status.connection_status";
+  for (const std::string &one : {key, other})
+    ASSERT_EQ(infod_push_text(one.c_str(), "CONNECTED", INFOD_KIND_STATUS), 0);
+  put_job(node);
+  EXPECT_EQ(run_once(), "exit 0");
+  char *text = nullptr;
+  EXPECT_EQ(infod_get_extended(key.c_str(), &text, nullptr), -ENOENT);
+  EXPECT_EQ(infod_get_extended(other.c_str(), &text, nullptr), 0);
+  std::free(text);
 }
 
 TEST_F(UnenrolldTest, ManyJobsAreDoneOneAfterTheOther) {

@@ -7,8 +7,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cinttypes>
-#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 
 #include "engine/clock.hpp"
 #include "engine/lmdb_error.hpp"
@@ -297,9 +297,13 @@ struct ReaderReport {
 // out: more is known about them.
 int add_foreign_reader(const char *line, void *context) {
   auto &report = *static_cast<ReaderReport *>(context);
-  std::int64_t pid = 0;
-  std::uint64_t txn = 0;
-  if (std::sscanf(line, " %" SCNd64 " %*s %" SCNu64, &pid, &txn) != 2 || pid == getpid()) return 0;
+  char *rest = nullptr;
+  const std::int64_t pid = std::strtoll(line, &rest, 10);
+  if (rest == line || pid == getpid()) return 0;
+  const char *thread = rest + std::strspn(rest, " ");
+  const char *transaction = thread + std::strcspn(thread, " ");
+  const std::uint64_t txn = std::strtoull(transaction, &rest, 10);
+  if (rest == transaction) return 0;
   const std::uint64_t behind = report.newest_txn - std::min(txn, report.newest_txn);
   report.add(pid, report.newest_revision - std::min(behind, report.newest_revision), -1);
   return 0;

@@ -180,7 +180,7 @@ class MemoryEngine final : public Engine {
   }
 
   Failure compact(const std::string &) override {
-    if (const Failure failure = refused()) return failure;
+    if (Failure failure = refused()) return failure;
     return {CFG_E_ARGUMENT, "a store in memory has no files to compact"};
   }
 

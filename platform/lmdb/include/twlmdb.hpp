@@ -16,6 +16,7 @@
 #include <lmdb.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -34,6 +35,9 @@ struct Place {
 
 // A code of LMDB or an errno number, as a result.
 int result_of(int code) noexcept;
+
+// What entries are stamped with: milliseconds since the epoch.
+std::int64_t now_ms() noexcept;
 
 inline MDB_val bytes_of(const void *data, std::size_t size) noexcept {
   return {size, const_cast<void *>(data)};

@@ -49,5 +49,8 @@ CFG_API json_t *condition_to_json(const cfg_condition *condition) CFG_NOEXCEPT;
  */
 CFG_API cfg_elem *cfg_search(cfg *store, const char *collection, const cfg_condition *condition) CFG_NOEXCEPT;
 
+/** 1 when the tree holds for an element, as it would for an entry that is searched; else 0. */
+CFG_API int cfg_condition_holds(cfg *store, cfg_elem *elem, const cfg_condition *condition) CFG_NOEXCEPT;
+
 CFG_END
 #endif

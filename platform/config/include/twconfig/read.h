@@ -6,11 +6,16 @@
 
 CFG_BEGIN
 
-/** A value as the store holds it. Borrowed until the next change, commit, abandon, refresh, park or close. */
+/**
+ * A value as the store holds it. Borrowed until the next change, commit, abandon, refresh, park or close.
+ *
+ * A map or list that was read from its map or list tells where it stands: its members are for
+ * cfg_value_read() and cfg_value_scan() alone.
+ */
 typedef struct cfg_value {
   cfg_kind kind;    /**< CFG_NONE when the key is absent */
   int32_t number;   /**< the integer, or 0 or 1 for a boolean */
-  const char *data; /**< string, reference (both end with NUL) or blob; NULL for other kinds */
+  const char *data; /**< string, reference (both end with NUL) or blob; NULL for integers and booleans */
   size_t length;    /**< bytes of `data`, the NUL not counted */
 } cfg_value;
 
@@ -29,6 +34,20 @@ CFG_API int cfg_map_read(cfg_elem *map, const cfg_keyset *set, cfg_value *values
 /** The same for the map under a key of a map, without making a handle for it. 0 when there is no such map. */
 CFG_API int cfg_child_read(cfg_elem *map, const char *child, const cfg_keyset *set,
                            cfg_value *values) CFG_NOEXCEPT;
+
+/** cfg_map_read() of a map that was itself read as a value. 0 when it is no map. */
+CFG_API int cfg_value_read(cfg *store, const cfg_value *map, const cfg_keyset *set,
+                           cfg_value *values) CFG_NOEXCEPT;
+
+/** Called with each entry of a list; CFG_NONE for one that cannot be read. Returns 0 to end the scan. */
+typedef int (*cfg_value_visitor)(void *context, const cfg_value *entry);
+/**
+ * Reads the committed entries of a list that was itself read as a value, in list order, making no handles.
+ * The visitor must not change the store. 1 when every entry was visited or the visitor ended it, 0 when it is
+ * no list.
+ */
+CFG_API int cfg_value_scan(cfg *store, const cfg_value *list, cfg_value_visitor visit,
+                           void *context) CFG_NOEXCEPT;
 
 /** 1 when the map holds the key; makes no handle for it. */
 CFG_API int cfg_map_has(cfg_elem *map, const char *key) CFG_NOEXCEPT;

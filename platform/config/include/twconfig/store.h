@@ -89,7 +89,10 @@ CFG_API uint64_t cfg_committed_revision(const cfg *store) CFG_NOEXCEPT;
 /** Drops the edit and its messages; the snapshot stays. New elements that were never committed are gone. */
 CFG_API void cfg_abandon(cfg *store) CFG_NOEXCEPT;
 
-/** Moves the handle to the newest revision, keeping the edit (conflicts are found at commit). 1 or 0. */
+/**
+ * Moves the handle to the newest revision, keeping the edit (conflicts are found at commit). Search results
+ * are released. 1, or 0 with the handle and the edit where they were.
+ */
 CFG_API int cfg_refresh(cfg *store) CFG_NOEXCEPT;
 
 /**

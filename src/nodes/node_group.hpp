@@ -1,0 +1,32 @@
+// The local groups of a node.
+#ifndef TW_NODES_NODE_GROUP_HPP
+#define TW_NODES_NODE_GROUP_HPP
+
+#include <twobject/node_group.h>
+
+#include <memory>
+#include <vector>
+
+#include "record/text_array.hpp"
+#include "record/view.hpp"
+
+struct cfg_node_group {
+  ::cfg *cfg = nullptr;  // by which its list is read
+  tw::text groupname;
+  tw::text description;
+  int32_t system = 0;
+  tw::text_array roles;
+};
+
+namespace tw {
+
+// Each group has an address of its own: callers keep pointers to groups, and take them out. An entry that
+// could not be read leaves an empty slot.
+using group_slots = std::vector<std::unique_ptr<cfg_node_group>>;
+
+// Reads the entries of the list "groups" below a node's element. False without memory.
+bool load_node_groups(group_slots &groups, cfg *store, cfg_elem *elem) noexcept;
+
+}  // namespace tw
+
+#endif
