@@ -13,7 +13,8 @@
 namespace {
 
 constexpr const char *kUsage =
-    "usage: twbench [--dir DIR] [--only read|ports|commit|import|fresh] [--port-nodes N] [--effort FACTOR]\n"
+    "usage: twbench [--dir DIR] [--only access|read|ports|commit|import|fresh]\n"
+    "               [--port-nodes N] [--effort FACTOR]\n"
     "  --dir     where the stores are kept meanwhile; a disk, or the durable figures mean nothing\n"
     "            (default: the build directory)\n"
     "  --only    one group of figures\n"
@@ -36,8 +37,8 @@ bool parse(int argc, char **argv, Options &options) {
     const std::string value = optarg == nullptr ? "" : optarg;
     if (choice == 'd')
       options.directory = value;
-    else if (choice == 'o' && (value == "read" || value == "ports" || value == "commit" ||
-                               value == "import" || value == "fresh"))
+    else if (choice == 'o' && (value == "access" || value == "read" || value == "ports" ||
+                               value == "commit" || value == "import" || value == "fresh"))
       options.only = value;
     else if (choice == 'p' && std::atoi(optarg) > 0)
       options.port_nodes = static_cast<std::uint32_t>(std::atoi(optarg));
@@ -61,6 +62,7 @@ void measure(const Options &options, const std::string &program) {
   const auto wanted = [&](const char *group) { return options.only.empty() || options.only == group; };
   bench::Table table;
   if (wanted("read")) measure_reads(settings, table);
+  if (wanted("access")) measure_access(settings, table);
   if (wanted("ports")) measure_ports(settings, table);
   if (wanted("import")) measure_imports(settings, table);
   if (wanted("commit") || wanted("fresh")) {

@@ -31,6 +31,8 @@ void measure_ports(const Settings &settings, Table &table);
 std::string measure_commits(const Settings &settings, Table &table);
 // All nodes in one commit.
 void measure_imports(const Settings &settings, Table &table);
+// All users by their list, and saves of users and groups as they grow.
+void measure_access(const Settings &settings, Table &table);
 // A fresh process on the store in `large`: time to the first value, and memory as nodes are read.
 void measure_fresh_processes(const Settings &settings, const std::string &large, Table &table);
 
