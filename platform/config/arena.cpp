@@ -2,35 +2,14 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 #include <new>
 
 namespace twcfg {
-namespace {
-
-constexpr std::size_t kFirstChunk = 2048;
-constexpr std::size_t kLargestChunk = std::size_t{1} << 20;
-
-}  // namespace
-
-Arena::~Arena() {
-  for (const Chunk &chunk : chunks_) {
-    if (contents_ == Contents::secret) {
-      const bool newest = end_ == chunk.begin + chunk.size;
-      ::explicit_bzero(chunk.begin, newest ? static_cast<std::size_t>(at_ - chunk.begin) : chunk.size);
-    }
-    ::operator delete(chunk.begin);
-  }
-}
 
 void *Arena::take_from_new_chunk(std::size_t bytes) {
-  const std::size_t doubled = chunks_.empty() ? kFirstChunk : chunks_.back().size * 2;
-  const std::size_t size = std::max(bytes, std::min(doubled, kLargestChunk));
-  Chunk &chunk = chunks_.emplace_back();  // before its memory, so that this is never lost
-  chunk.begin = static_cast<char *>(::operator new(size));
-  chunk.size = size;
+  const Chunks::Chunk chunk = chunks_.add(bytes);
   at_ = chunk.begin + bytes;
-  end_ = chunk.begin + size;
+  end_ = chunk.begin + chunk.size;
   return chunk.begin;
 }
 

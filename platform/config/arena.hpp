@@ -6,18 +6,14 @@
 #include <cstdint>
 #include <memory_resource>
 #include <string_view>
-#include <vector>
+
+#include "chunks.hpp"
 
 namespace twcfg {
 
 class Arena final : public std::pmr::memory_resource {
  public:
-  // Secrets are overwritten before their memory is given back.
-  enum class Contents { plain, secret };
-  explicit Arena(Contents contents) : contents_(contents) {}
-  Arena(const Arena &) = delete;
-  Arena &operator=(const Arena &) = delete;
-  ~Arena() override;
+  explicit Arena(Contents contents) : chunks_(contents) {}
 
   void *take(std::size_t bytes, std::size_t alignment) {
     const std::size_t padding = -reinterpret_cast<std::uintptr_t>(at_) & (alignment - 1);
@@ -30,10 +26,6 @@ class Arena final : public std::pmr::memory_resource {
   std::string_view copy(std::string_view bytes);
 
  private:
-  struct Chunk {
-    char *begin = nullptr;
-    std::size_t size = 0;
-  };
   struct Left {
     Left *next;
   };
@@ -43,9 +35,8 @@ class Arena final : public std::pmr::memory_resource {
   void do_deallocate(void *block, std::size_t bytes, std::size_t alignment) override;
   bool do_is_equal(const memory_resource &other) const noexcept override { return this == &other; }
 
-  const Contents contents_;
   char *at_ = nullptr, *end_ = nullptr;  // what is free of the newest chunk
-  std::vector<Chunk> chunks_;
+  Chunks chunks_;
   // What vectors left behind as they grew, by the power of two that it holds: the next ones grow into it.
   std::array<Left *, 16> left_{};
 };

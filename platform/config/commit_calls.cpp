@@ -98,11 +98,7 @@ int commit(Store &store, const Note &note) {
     Commit request;
     request.log = log;
     request.token = note.token;
-    request.writes.reserve(plan.writes().size());
-    for (const auto &[key, write] : plan.writes()) {
-      if (write.remove && write.expected == 0) continue;
-      request.writes.push_back({key, write.expected, write.bytes, write.remove});
-    }
+    request.writes = plan.writes();
     foresee_places(store);
     const CommitResult result = store.engine->commit(request);
     if (result.failure) return store.fail(result.failure);

@@ -130,8 +130,8 @@ class Nodes {
   T *make();
 
   // Values may be private keys and passwords; what stands around them tells no secret and needs no wiping.
-  Arena nodes_{Arena::Contents::plain};
-  Arena values_{Arena::Contents::secret};
+  Arena nodes_{Contents::plain};
+  Arena values_{Contents::secret};
 };
 
 // Unpacks a stored node with everything below it, down to distant lists. `entry` says that the node is a list

@@ -29,17 +29,26 @@ const StoredList *named(const std::pmr::vector<StoredList> &lists, std::string_v
 
 }  // namespace
 
-Plan::Plan(Store &store) : store_(store), packer_(std::make_unique<Packer>(*this)) {}
+Plan::Plan(Store &store) : store_(store), packer_(std::make_unique<Packer>(*this, records_)) {}
 
 Plan::~Plan() = default;
 
 void Plan::write(Key key, std::uint64_t expected, std::string_view bytes) {
-  // The records of a list come in the order of their keys.
-  writes_.insert_or_assign(writes_.end(), key, PlannedWrite{expected, false, bytes_.copy(bytes)});
+  writes_.push_back({key, expected, bytes, false});
+}
+
+void Plan::remove(Key key, std::uint64_t expected) { writes_.push_back({key, expected, {}, true}); }
+
+// By key; what was planned last for a key is what counts.
+void Plan::sort_writes() {
+  std::stable_sort(writes_.begin(), writes_.end(),
+                   [](const Write &left, const Write &right) { return left.key < right.key; });
+  const auto same = [](const Write &left, const Write &right) { return left.key == right.key; };
+  writes_.erase(writes_.begin(), std::unique(writes_.rbegin(), writes_.rend(), same).base());
 }
 
 void Plan::write_head(std::uint32_t list, const ListHead &head, std::uint64_t expected) {
-  write(head_key(list), expected, head_bytes(head));
+  write(head_key(list), expected, small_bytes_.copy(head_bytes(head)));
 }
 
 bool Plan::load_counters() {
@@ -71,7 +80,7 @@ std::uint32_t Plan::shape_of(const std::vector<const KeyName *> &keys) {
   const std::uint32_t number = next_shape_++;
   counters_changed_ = true;
   new_shapes_.emplace(keys, number);
-  write(make_key(kShapeSpace, number), 0, Shapes::encode(keys));
+  write(make_key(kShapeSpace, number), 0, small_bytes_.copy(Shapes::encode(keys)));
   return number;
 }
 
@@ -232,12 +241,11 @@ std::string Plan::retired_table(const MapNode &owner) const {
 
 bool Plan::plan_record(Key key, Node *root, std::uint64_t expected) {
   for (;;) {
-    const std::string_view bytes = packer_->pack(root);
-    if (bytes.empty())
+    if (!packer_->pack(root))
       return store_.fail(CFG_E_LIMIT, "a record would be larger than %zu bytes", kMaxRecord) != 0;
     ListNode *largest = nullptr;
     std::size_t size = kWorthMoving;
-    if (bytes.size() > kRecordTarget) {
+    if (records_.size() > kRecordTarget) {
       for (const Packer::Inner &inner : packer_->inner()) {
         if (inner.bytes > size) {
           largest = inner.list;
@@ -246,7 +254,7 @@ bool Plan::plan_record(Key key, Node *root, std::uint64_t expected) {
       }
     }
     if (largest == nullptr) {
-      write(key, expected, bytes);
+      write(key, expected, records_.keep());
       break;
     }
     largest->placed = new_list();
@@ -309,7 +317,7 @@ void Plan::plan_removal(Key key) {
   const Stored stored = store_.snapshot->get(key);
   if (!stored) return;
   purge_inside(packed_record(stored.bytes), 0);
-  writes_[key] = {stored.revision, true, {}};
+  remove(key, stored.revision);
 }
 
 void Plan::plan_purge(std::uint32_t list) {
@@ -321,7 +329,7 @@ void Plan::plan_purge(std::uint32_t list) {
   }
   for (const Key key : keys) plan_removal(key);
   const Stored head = store_.snapshot->get(head_key(list));
-  if (head) writes_[head_key(list)] = {head.revision, true, {}};
+  if (head) remove(head_key(list), head.revision);
 }
 
 void Plan::purge_inside(const Packed &node, int depth) {
@@ -418,7 +426,9 @@ bool Plan::make() {
     purge_dropped(record.key, record.root);
     if (!plan_record(record.key, record.root, record.base)) return false;
   }
-  if (counters_changed_) write(kCountersKey, counters_expected_, head_bytes({next_list_, next_shape_}));
+  if (counters_changed_)
+    write(kCountersKey, counters_expected_, small_bytes_.copy(head_bytes({next_list_, next_shape_})));
+  sort_writes();
   return true;
 }
 

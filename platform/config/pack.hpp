@@ -10,15 +10,10 @@
 #include <unordered_map>
 #include <vector>
 
+#include "record_buffer.hpp"
 #include "store.hpp"
 
 namespace twcfg {
-
-struct PlannedWrite {
-  std::uint64_t expected = 0;
-  bool remove = false;
-  std::string_view bytes;  // the plan's own
-};
 
 class Packer;
 
@@ -36,7 +31,8 @@ class Plan {
   Plan &operator=(const Plan &) = delete;
   // Plans the whole edit against the handle's snapshot. False with the reason noted.
   bool make();
-  const std::map<Key, PlannedWrite> &writes() const { return writes_; }
+  // As an engine wants them; their bytes are the plan's.
+  const std::vector<Write> &writes() const { return writes_; }
 
   // The ID that a node has after this commit; empty for one that is attached nowhere.
   std::string final_id(const Node *node) const;
@@ -63,8 +59,10 @@ class Plan {
   void plan_removal(Key key);           // removes one record and the distant lists inside it
   void purge_inside(const Packed &node, int depth);
   void purge_dropped(Key key, const Node *root);  // distant lists that an opened record no longer has
-  void write(Key key, std::uint64_t expected, std::string_view bytes);
+  void write(Key key, std::uint64_t expected, std::string_view bytes);  // of records_ or small_bytes_
   void write_head(std::uint32_t list, const ListHead &head, std::uint64_t expected);
+  void remove(Key key, std::uint64_t expected);
+  void sort_writes();
   std::uint32_t new_list();
   std::uint32_t shape_of(const std::vector<const KeyName *> &keys);  // kMaxShapes: spell the keys out
   const MapLayout &layout_of(const MapNode &map);
@@ -78,9 +76,10 @@ class Plan {
 
   Store &store_;
   std::unique_ptr<Packer> packer_;
-  std::map<Key, PlannedWrite> writes_;
-  Arena bytes_{Arena::Contents::secret};  // of the writes
-  std::vector<std::string> list_names_;   // of the owners that are being numbered
+  std::vector<Write> writes_;
+  RecordBuffer records_;                 // what is written: records,
+  Arena small_bytes_{Contents::plain};   // heads of lists, shapes, counters
+  std::vector<std::string> list_names_;  // of the owners that are being numbered
   // Maps that were filled in the same order are laid out alike: by their keys, NULL for a deleted one.
   std::unordered_map<std::vector<const KeyName *>, MapLayout, KeysHash> layouts_;
   std::vector<const KeyName *> keys_;  // of the map that is being looked up

@@ -28,13 +28,10 @@ void named_lists(const Node *node, const std::string &prefix, std::vector<NamedL
   }
 }
 
-std::string_view Packer::pack(const Node *root) {
-  if (!pack(root, false) && !pack(root, true)) return {};
-  return out_.view();
-}
+bool Packer::pack(const Node *root) { return pack(root, false) || pack(root, true); }
 
 bool Packer::pack(const Node *root, bool wide) {
-  out_.clear();
+  out_.begin();
   inner_.clear();
   overflow_ = false;
   width_ = wide ? 4 : 2;

@@ -5,16 +5,16 @@
 #include <string_view>
 #include <vector>
 
-#include "byte_buffer.hpp"
 #include "pack.hpp"
 
 namespace twcfg {
 
 class Packer {
  public:
-  explicit Packer(Plan &plan) : plan_(plan) {}
-  // The record's bytes, borrowed until the next call; empty when the record would be too large.
-  std::string_view pack(const Node *root);
+  // Leaves the record in `out`.
+  Packer(Plan &plan, RecordBuffer &out) : plan_(plan), out_(out) {}
+  // False when the record would be too large.
+  bool pack(const Node *root);
   // Lists inside the last record and how many bytes they took.
   struct Inner {
     ListNode *list;
@@ -33,7 +33,7 @@ class Packer {
   void patch(std::size_t slot, std::size_t offset);
 
   Plan &plan_;
-  ByteBuffer out_;
+  RecordBuffer &out_;
   std::size_t width_ = 2;
   bool overflow_ = false;
   std::vector<Inner> inner_;

@@ -85,7 +85,7 @@ struct cfg {
   twcfg::KeyNames names;
   twcfg::Shapes shapes{names};
 
-  twcfg::Arena head_arena{twcfg::Arena::Contents::plain};
+  twcfg::Arena head_arena{twcfg::Contents::plain};
   twcfg::Head *root = nullptr;
   twcfg::HeadTable children;        // by holder and step
   twcfg::HeadTable by_id;           // those that were looked up, by the text of their ID

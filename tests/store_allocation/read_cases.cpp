@@ -151,10 +151,55 @@ void elem_read(EngineKind engine) {
   }
 }
 
+// Reads one key of the root, without a handle for what stands there.
+bool read_place(World &w, const char *const *key, cfg_value *place) {
+  const cfg_keyset set{key, 1};
+  return cfg_map_read(w.elem, &set, place) == 1;
+}
+
+void value_read(EngineKind engine) {
+  static constexpr const char *system_key[] = {"system"};
+  static constexpr const char *keys[] = {"hostname", "net"};
+  static constexpr cfg_keyset set{keys, 2};
+  everywhere(
+      engine, ".",
+      [](World &w) {
+        Shown got;
+        cfg_value place{}, values[2]{};
+        got.done = read_place(w, system_key, &place) && cfg_value_read(w.store, &place, &set, values);
+        if (got.done) {
+          got.entries = values[1].kind;
+          got.add(values[0].data, values[0].length);
+        }
+        return got;
+      },
+      shown);
+}
+
+int visit_value(void *context, const cfg_value *entry) {
+  auto *got = static_cast<Shown *>(context);
+  ++got->entries;
+  got->add(entry->data, entry->length);
+  return 1;
+}
+
+void value_scan(EngineKind engine) {
+  static constexpr const char *labels_key[] = {"labels"};
+  everywhere(
+      engine, ".",
+      [](World &w) {
+        Shown got;
+        cfg_value place{};
+        got.done = read_place(w, labels_key, &place) && cfg_value_scan(w.store, &place, visit_value, &got);
+        return got;
+      },
+      shown);
+}
+
 const Case rows[] = {
     {"cfg_child_read", child_read}, {"cfg_child_scan", child_scan}, {"cfg_elem_read", elem_read},
     {"cfg_list_find", list_find},   {"cfg_list_scan", list_scan},   {"cfg_map_has", map_has},
-    {"cfg_map_read", map_read},
+    {"cfg_map_read", map_read},     {"cfg_value_read", value_read}, {"cfg_value_scan", value_scan},
 };
 
 }  // namespace

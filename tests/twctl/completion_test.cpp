@@ -26,6 +26,10 @@ TEST_F(TwctlCompletion, TheScriptIsSoundBash) {
 
 TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
   EXPECT_EQ(offers({"no"}), "node");
+  EXPECT_EQ(offers({"tag", "value", "re"}), "rename");
+  EXPECT_EQ(offers({"template", "create", "T", "--kind", "p"}), "ports");
+  EXPECT_EQ(offers({"bundle", "token", "--remove", "--req"}), "--request");
+  EXPECT_EQ(offers({"services", "sta"}), "start status");
   EXPECT_EQ(offers({"node", "en"}), "enroll");
   EXPECT_EQ(offers({"--dry-run", "cert", "re"}), "revoke");
   EXPECT_EQ(offers({"node", "enroll", "--product", "acs"}), "acs6000 acs8000 acs_classic");
@@ -37,11 +41,17 @@ TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
 
 TEST_F(TwctlCompletion, EveryOptionOfEveryVerbIsOffered) {
   const arguments verbs[] = {
-      {"system", "get"},    {"system", "set"},   {"node", "enroll"},  {"node", "list"},
-      {"node", "show"},     {"node", "set"},     {"node", "delete"},  {"fleet", "import"},
-      {"cert", "issue"},    {"cert", "show"},    {"cert", "ca"},      {"cert", "list"},
-      {"cert", "revoke"},   {"store", "export"}, {"store", "import"}, {"store", "verify"},
-      {"store", "compact"}, {"store", "status"}, {"store", "log"}};
+      {"system", "get"},      {"system", "set"},     {"node", "enroll"},     {"node", "list"},
+      {"node", "show"},       {"node", "set"},       {"node", "delete"},     {"fleet", "import"},
+      {"cert", "issue"},      {"cert", "show"},      {"cert", "ca"},         {"cert", "list"},
+      {"cert", "revoke"},     {"store", "export"},   {"store", "import"},    {"store", "verify"},
+      {"node", "status"},     {"node", "approve"},   {"node", "tag"},        {"node", "unenroll"},
+      {"tag", "list"},        {"tag", "show"},       {"tag", "add"},         {"tag", "rename"},
+      {"tag", "delete"},      {"bundle", "list"},    {"bundle", "show"},     {"bundle", "create"},
+      {"bundle", "set"},      {"bundle", "delete"},  {"bundle", "nodes"},    {"bundle", "token"},
+      {"template", "list"},   {"template", "show"},  {"template", "create"}, {"template", "set"},
+      {"template", "delete"}, {"services", "start"}, {"services", "status"}, {"services", "stop"},
+      {"store", "compact"},   {"store", "status"},   {"store", "log"}};
   for (const arguments &verb : verbs) {
     std::string help = run({verb[0], verb[1], "--help"}).out;
     std::string offered = " " + offers({verb[0], verb[1], "--"}) + " ";

@@ -10,8 +10,15 @@ namespace twctl {
 void add_init(CLI::App &program, const options &opts);
 void add_system(CLI::App &program, const options &opts);
 void add_node(CLI::App &program, const options &opts);
+/// The verbs of "node" that are about enrolled nodes.
+void add_node_live(CLI::App *noun, const options &opts);
 void add_fleet(CLI::App &program, const options &opts);
 void add_cert(CLI::App &program, const options &opts);
+void add_tag(CLI::App &program, const options &opts);
+void add_bundle(CLI::App &program, const options &opts);
+void add_template(CLI::App &program, const options &opts);
+void add_search(CLI::App &program, const options &opts);
+void add_services(CLI::App &program, const options &opts);
 void add_store(CLI::App &program, const options &opts);
 
 /// A verb with its help: one line of description, and examples that can be copied.

@@ -323,6 +323,8 @@ void add_node(CLI::App &program, const options &opts) {
                   "  twctl node delete nodes-12 --yes --reason 'scrapped'");
   verb->add_option("node", *reference, what_a_node_is)->required();
   verb->callback([&opts, reference] { delete_node(opts, *reference); });
+
+  add_node_live(noun, opts);
 }
 
 }  // namespace twctl
