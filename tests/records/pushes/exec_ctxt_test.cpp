@@ -94,7 +94,7 @@ TEST_F(Push, AWholePushIsSavedWithTemplatesAndNodesAndComesBack) {
   EXPECT_EQ(1, cfg_push_exec_ctxt_add_node(push.get(), new_node("nodes-3")));
   EXPECT_EQ("[]", dump(pushes));
   EXPECT_EQ(1, cfg_push_exec_ctxt_save(push.get(), 1));
-  commit_and_reopen();
+  commit();
   const push_record again = load("cfg_push_exec_ctxts-1");
   EXPECT_STREQ("alice", cfg_push_exec_ctxt_get_username(again.get()));
   EXPECT_EQ(CFG_PUSH_EXEC_PREFLIGHT_READY, cfg_push_exec_ctxt_get_status(again.get()));
@@ -122,7 +122,7 @@ TEST_F(Push, SavingTwiceStoresEachTemplateOnce) {
   EXPECT_EQ(1, cfg_push_exec_ctxt_save(push.get(), 1));
   commit();
   EXPECT_EQ(1, cfg_push_exec_ctxt_save(push.get(), 1));
-  commit_and_reopen();
+  commit();
   const push_record again = load("cfg_push_exec_ctxts-1");
   EXPECT_EQ(1, cfg_push_exec_ctxt_get_num_templates(again.get()));
   EXPECT_EQ(1, cfg_push_exec_ctxt_save(again.get(), 1));
