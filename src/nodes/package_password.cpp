@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <utility>
 
 namespace tw {
 namespace {
@@ -30,7 +31,13 @@ bool make_package_password(secret &password, time_t now) noexcept {
     numbers[i] = static_cast<uint32_t>(simple);
   }
   for (size_t i = far; i < far + near; ++i) numbers[i] = numbers[i - far];
-  for (size_t i = far + near; i < numbers.size(); ++i) numbers[i] = numbers[i - far] + numbers[i - near];
+  // The last three stay in registers: read back from the array at once, each would wait for its being
+  // written.
+  uint32_t third = numbers[far], second = numbers[far + 1], last = numbers[far + 2];
+  for (size_t i = far + near; i < numbers.size(); ++i) {
+    numbers[i] = numbers[i - far] + third;
+    third = std::exchange(second, std::exchange(last, numbers[i]));
+  }
 
   std::array<char, password_length> chars;
   const uint32_t *drawn = numbers.end() - password_length;
