@@ -228,6 +228,24 @@ TEST_P(ReadTest, AScanOfAListValueEndsWhenTheVisitorSaysSo) {
   EXPECT_EQ(calls, 2);
 }
 
+TEST_P(ReadTest, TheEntriesOfAListValueAreReadAsFarAsThereIsRoom) {
+  cfg_elem *map = make_map(store, "outer");
+  cfg_elem *list = put_list(store, map, "inner");
+  for (const char *text : {"a", "b"}) ASSERT_NE(append_string(store, list, text), nullptr);
+  ASSERT_EQ(cfg_append_future_listelem(store, list, cfg_new_map(store)), 1);
+  ASSERT_TRUE(commits(store));
+  const cfg_value value = inner_of(cfg_get_by_path(store, "outer"));
+  cfg_value entries[4] = {};
+  ASSERT_EQ(cfg_value_entries(store, &value, entries, 2), 3);
+  EXPECT_EQ(std::string(entries[1].data, entries[1].length), "b");
+  EXPECT_EQ(entries[2].kind, CFG_NONE);
+  ASSERT_EQ(cfg_value_entries(store, &value, entries, 4), 3);
+  EXPECT_EQ(std::string(entries[0].data, entries[0].length), "a");
+  EXPECT_EQ(entries[2].kind, CFG_MAP);
+  EXPECT_EQ(entries[3].kind, CFG_NONE);
+  EXPECT_EQ(cfg_value_entries(store, &value, entries, 0), 3);
+}
+
 TEST_P(ReadTest, AValueThatIsNoMapOrListIsNotReadFurther) {
   cfg_elem *map = make_map(store, "outer");
   ASSERT_NE(put_list(store, map, "inner"), nullptr);
@@ -242,6 +260,11 @@ TEST_P(ReadTest, AValueThatIsNoMapOrListIsNotReadFurther) {
     EXPECT_EQ(cfg_value_read(store, wrong, &keys(), values), 0);
   for (const cfg_value *wrong : {&none, &number, &placeless, &placeless_list})
     EXPECT_EQ(cfg_value_scan(store, wrong, visit, nullptr), 0);
+  for (const cfg_value *wrong : {&none, &number, &placeless, &placeless_list})
+    EXPECT_EQ(cfg_value_entries(store, wrong, values, 3), -1);
+  EXPECT_EQ(cfg_value_entries(nullptr, &list, values, 3), -1);
+  EXPECT_EQ(cfg_value_entries(store, nullptr, values, 3), -1);
+  EXPECT_EQ(cfg_value_entries(store, &list, nullptr, 3), -1);
   EXPECT_EQ(cfg_value_read(nullptr, &list, &keys(), values), 0);
   EXPECT_EQ(cfg_value_read(store, nullptr, &keys(), values), 0);
   EXPECT_EQ(cfg_value_read(store, &list, nullptr, values), 0);
