@@ -61,6 +61,15 @@ using template_record = std::unique_ptr<cfg_template, releaser<release_template>
 using template_list = std::unique_ptr<cfg_template_list, releaser<cfg_template_list_free>>;
 using bundle_record = std::unique_ptr<cfg_bundle, releaser<cfg_bundle_free>>;
 using bundle_list = std::unique_ptr<cfg_bundle_list, releaser<cfg_bundle_list_free>>;
+using physif_record = std::unique_ptr<cfg_net_physif, releaser<cfg_net_physif_free>>;
+using conn_record = std::unique_ptr<cfg_net_conn, releaser<cfg_net_conn_free>>;
+using endpoint_record = std::unique_ptr<cfg_net_external_endpoint, releaser<cfg_net_external_endpoint_free>>;
+using endpoint_list =
+    std::unique_ptr<cfg_net_external_endpoint_list, releaser<cfg_net_external_endpoint_list_free>>;
+using ntp_record = std::unique_ptr<cfg_ntp, releaser<cfg_ntp_free>>;
+using gateway_record =
+    std::unique_ptr<cfg_service_console_gateway, releaser<cfg_service_console_gateway_free>>;
+using boot_flag_record = std::unique_ptr<cfg_boot_flag, releaser<cfg_boot_flag_free>>;
 using condition_tree = std::unique_ptr<cfg_condition, releaser<cfg_free_conditions>>;
 using json_value = std::unique_ptr<json_t, releaser<release_json>>;
 
