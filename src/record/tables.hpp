@@ -34,6 +34,7 @@ extern const tables etag_tables;
 extern const tables external_endpoint_tables;
 extern const tables group_operation_tables;
 extern const tables group_tables;
+extern const tables https_csr_tables;
 extern const tables node_auth_tables;
 extern const tables node_group_tables;
 extern const tables node_interface_tables;
@@ -58,6 +59,7 @@ extern const tables users_groups_template_tables;
 // clang-format off
 inline constexpr const tables *all_tables[] = {
     &certificate_tables,
+    &https_csr_tables,
     &node_load_tables,
     &etag_tables,
     &node_save_tables,
