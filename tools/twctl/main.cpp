@@ -7,6 +7,7 @@
 
 #include "commands.hpp"
 #include "failure.hpp"
+#include "manual.hpp"
 #include "output.hpp"
 #include "text.hpp"
 
@@ -101,10 +102,12 @@ int main(int argc, char **argv) {
   CLI::App program("The appliance's configuration from the command line.", "twctl");
   program.footer(footer);
   program.set_version_flag("--version", "twctl " TWCTL_VERSION);
+  add_manual(program, "twctl " TWCTL_VERSION);
   program.require_subcommand(1);
   add_options(program, opts);
-  for (auto add : {add_init, add_system, add_node, add_fleet, add_cert, add_tag, add_bundle, add_template,
-                   add_search, add_services, add_store})
+  for (auto add :
+       {add_init, add_system, add_net, add_ntp, add_console_gateway, add_boot_flag, add_node, add_fleet,
+        add_cert, add_tag, add_bundle, add_template, add_search, add_services, add_store})
     add(program, opts);
   let_options_stand_anywhere(&program);
   return run(program, opts, argc, argv);

@@ -40,12 +40,19 @@ inline void release_tag_list(cfg_tag_list *list) {
   std::free(id);
 }
 
-/// A template's free keeps all of its texts but the name alive for other holders; this owner is the only one.
+/// A template's free keeps all that it has but the name alive for other holders; this owner is the only one.
 inline void release_template(cfg_template *record) {
-  for (const char *text : {cfg_template_get_uuid(record), cfg_template_get_description(record),
-                           cfg_dummy_template_get_dummy_field(record)})
-    std::free(const_cast<char *>(text));
+  const void *left[] = {cfg_template_get_uuid(record), cfg_template_get_description(record),
+                        cfg_dummy_template_get_dummy_field(record), cfg_script_template_get_script(record),
+                        cfg_script_template_get_checksum(record)};
+  cfg_auth *auth = cfg_template_get_auth(record);
+  cfg_ugt_clear_user_operations(record);
+  cfg_ugt_clear_group_operations(record);
+  cfg_ugt_clear_membership_users(record);
+  cfg_ugt_clear_membership_groups(record);
   cfg_template_free(record);
+  cfg_auth_free(auth);
+  for (const void *block : left) std::free(const_cast<void *>(block));
 }
 
 /// json_decref() has no linkage of its own, which a type that headers share needs.
@@ -61,6 +68,15 @@ using template_record = std::unique_ptr<cfg_template, releaser<release_template>
 using template_list = std::unique_ptr<cfg_template_list, releaser<cfg_template_list_free>>;
 using bundle_record = std::unique_ptr<cfg_bundle, releaser<cfg_bundle_free>>;
 using bundle_list = std::unique_ptr<cfg_bundle_list, releaser<cfg_bundle_list_free>>;
+using physif_record = std::unique_ptr<cfg_net_physif, releaser<cfg_net_physif_free>>;
+using conn_record = std::unique_ptr<cfg_net_conn, releaser<cfg_net_conn_free>>;
+using endpoint_record = std::unique_ptr<cfg_net_external_endpoint, releaser<cfg_net_external_endpoint_free>>;
+using endpoint_list =
+    std::unique_ptr<cfg_net_external_endpoint_list, releaser<cfg_net_external_endpoint_list_free>>;
+using ntp_record = std::unique_ptr<cfg_ntp, releaser<cfg_ntp_free>>;
+using gateway_record =
+    std::unique_ptr<cfg_service_console_gateway, releaser<cfg_service_console_gateway_free>>;
+using boot_flag_record = std::unique_ptr<cfg_boot_flag, releaser<cfg_boot_flag_free>>;
 using condition_tree = std::unique_ptr<cfg_condition, releaser<cfg_free_conditions>>;
 using json_value = std::unique_ptr<json_t, releaser<release_json>>;
 
