@@ -42,7 +42,7 @@ const tw::tables tw::node_group_tables = lists;
 
 bool tw::load_node_groups(cfg_node &node, cfg_elem *elem) noexcept {
   return each_entry(elem, "groups", load_everything.keys, [&](const char *, const cfg_value *values) {
-    auto &slot = node.node_groups.emplace_back();
+    auto &slot = tw::add_slot(node.node_groups);
     if (!values) return true;
     slot = new_view<group>(node.cfg);
     if (!slot) return false;

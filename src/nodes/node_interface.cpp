@@ -25,7 +25,7 @@ const tw::tables tw::node_interface_tables = lists;
 
 bool tw::load_interfaces(cfg_node &node, cfg_elem *elem) noexcept {
   return each_entry(elem, "interfaces", everything.keys, [&](const char *id, const cfg_value *values) {
-    auto &slot = node.interfaces.emplace_back();
+    auto &slot = tw::add_slot(node.interfaces);
     if (!values) return true;
     slot = new_view<interface>(node.cfg);
     if (!slot) return false;

@@ -27,7 +27,7 @@ const tw::tables tw::node_user_tables = lists;
 
 bool tw::load_node_users(cfg_node &node, cfg_elem *elem) noexcept {
   return each_entry(elem, "users", everything.keys, [&](const char *, const cfg_value *values) {
-    auto &slot = node.node_users.emplace_back();
+    auto &slot = tw::add_slot(node.node_users);
     if (!values) return true;
     slot = new_view<user>(node.cfg);
     if (!slot) return false;

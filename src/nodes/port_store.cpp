@@ -187,7 +187,7 @@ bool tw::load_ports(port_slots &ports, cfg *store, cfg_elem *node) noexcept {
   if (!take_uuid(node_id, node)) return true;
   port_slots loaded;
   const auto take = [&](const char *id, const cfg_value *values) {
-    auto &slot = loaded.emplace_back();
+    auto &slot = tw::add_slot(loaded);
     if (!values) return true;
     slot = new_port(store, node_id.c_str(), id);
     return slot && load_from(load_everything, *slot, values);
