@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "calls.hpp"
+#include "id_text.hpp"
 #include "list_view.hpp"
 #include "store.hpp"
 
@@ -119,17 +120,30 @@ class Values {
   std::vector<cfg_value> many_;
 };
 
+// The ID of one list entry after another.
+class EntryId {
+ public:
+  explicit EntryId(std::string front) : text_(std::move(front)), front_(text_.size()) {}
+  const char *of(std::uint32_t number) {
+    text_.resize(front_ + kDigits);
+    char *end = std::to_chars(text_.data() + front_, text_.data() + text_.size(), number).ptr;
+    text_.resize(static_cast<std::size_t>(end - text_.data()));
+    return text_.c_str();
+  }
+
+ private:
+  static constexpr std::size_t kDigits = 10;
+  std::string text_;
+  std::size_t front_;
+};
+
 // Visits the entries of a list that is not edited and lies in its owner's record: their IDs are put together
 // here, without a head for the list or for an entry.
 template <class Visit>
-void visit_packed(const PackedList &list, std::string id, Visit &&visit) {
-  constexpr std::size_t kNumberDigits = 10;
-  const std::size_t front = id.size();
+void visit_packed(const PackedList &list, std::string id_front, Visit &&visit) {
+  EntryId id(std::move(id_front));
   for (std::uint32_t i = 0; i < list.count(); ++i) {
-    id.resize(front + kNumberDigits);
-    char *end = std::to_chars(id.data() + front, id.data() + id.size(), list.number(i)).ptr;
-    id.resize(static_cast<std::size_t>(end - id.data()));
-    if (!visit(id.c_str(), Found{nullptr, list.child(i)})) return;
+    if (!visit(id.of(list.number(i)), Found{nullptr, list.child(i)})) return;
   }
 }
 
@@ -174,6 +188,22 @@ Head *scan(Head *list, const cfg_keyset &set, cfg_scan_visitor visit, void *cont
   ListView(list).each(visit_entry, [&](std::string_view record) { reader.ask_for(record.data(), values); });
   if (!ended) return nullptr;
   return number == 0 ? last->head : entry_of(list, number);
+}
+
+// The numbers of a list's entries when nothing is edited about it; false when only its heads can tell.
+bool stored_numbers(Head *list, std::vector<std::uint32_t> &numbers) {
+  Store &store = *list->store;
+  if (list->result != nullptr || list->node != nullptr) return false;
+  if (const std::uint32_t distant = distant_list(list->stored); distant != 0) {
+    if (store.edit != nullptr && store.edit->lists.contains(distant)) return false;
+    const std::vector<std::uint32_t> *known = numbers_of(store, distant);
+    if (known == nullptr) return false;
+    numbers = *known;
+    return true;
+  }
+  const PackedList packed(list->stored);
+  for (std::uint32_t i = 0; i < packed.count(); ++i) numbers.push_back(packed.number(i));
+  return static_cast<bool>(packed);
 }
 
 Head *checked_list(Store *store, cfg_elem *list) {
@@ -311,5 +341,30 @@ cfg_elem *cfg_list_find(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor 
     Head *head = checked_list(store, list);
     Head *found = head == nullptr ? nullptr : scan(head, *set, visit, context);
     return found == nullptr ? nullptr : found->elem();
+  });
+}
+
+int cfg_list_ids(cfg_elem *list, cfg_id_visitor visit, void *context) noexcept {
+  if (!given(store_of(list), visit)) return 0;
+  Store *store = Head::of(list)->store;
+  return guarded(store, 0, [&] {
+    Head *head = checked_list(store, list);
+    if (head == nullptr) return 0;
+    std::int32_t index = 0;
+    std::vector<std::uint32_t> numbers;
+    if (stored_numbers(head, numbers)) {
+      EntryId id(flatten(head->id()) + '-');
+      for (const std::uint32_t number : numbers) {
+        if (visit(context, index++, id.of(number)) == 0) return 1;
+      }
+      return 1;
+    }
+    std::int32_t size = 0;
+    if (cfg_list_size(list, &size) == 0) return 0;
+    while (index < size) {
+      const char *id = cfg_get_listelem(list, index);
+      if (visit(context, index++, id) == 0) return 1;
+    }
+    return 1;
   });
 }

@@ -1,6 +1,7 @@
 #include "record/text_array.hpp"
 
 #include <twconfig/element.h>
+#include <twconfig/read.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -76,13 +77,18 @@ bool text_array::append(const char *text) noexcept {
 
 bool text_array::append_ids(cfg_elem *list) noexcept {
   const memory_watch memory;
+  struct appending {
+    text_array &ids;
+    std::int32_t first;
+  } state{*this, count_};
   std::int32_t size = 0;
   if (cfg_list_size(list, &size)) {
-    const std::int32_t first = count_;
     if (!grow(size)) return false;
-    for (std::int32_t i = 0; i < size; ++i) {
-      if (!set(first + i, cfg_get_listelem(list, i))) return false;
-    }
+    const auto take = [](void *context, std::int32_t index, const char *id) {
+      const auto &self = *static_cast<const appending *>(context);
+      return self.ids.set(self.first + index, id) ? 1 : 0;
+    };
+    cfg_list_ids(list, take, &state);
   }
   return !memory.ran_short();
 }

@@ -274,6 +274,72 @@ TEST_P(ReadTest, AValueThatIsNoMapOrListIsNotReadFurther) {
   EXPECT_EQ(cfg_value_scan(store, &list, nullptr, nullptr), 0);
 }
 
+namespace {
+
+std::vector<std::string> ids_by_index(cfg *store, cfg_elem *list) {
+  std::vector<std::string> ids;
+  int32_t size = 0;
+  EXPECT_EQ(cfg_list_size(list, &size), 1);
+  for (int32_t i = 0; i < size; ++i) ids.emplace_back(cfg_get_listelem(list, i));
+  return ids;
+}
+
+std::vector<std::string> ids_in(cfg_elem *list) {
+  std::vector<std::string> ids;
+  EXPECT_EQ(cfg_list_ids(
+                list,
+                [](void *context, int32_t index, const char *id) {
+                  auto &seen = *static_cast<std::vector<std::string> *>(context);
+                  EXPECT_EQ(static_cast<std::size_t>(index), seen.size());
+                  seen.emplace_back(id);
+                  return 1;
+                },
+                &ids),
+            1);
+  return ids;
+}
+
+}  // namespace
+
+TEST_P(ReadTest, TheIdsOfAListAreThoseOfItsIndexes) {
+  make_list(store, "nodes");
+  const auto agree = [&](const char *path) {
+    cfg_elem *list = cfg_get_by_path(store, path);
+    EXPECT_EQ(ids_in(list), ids_by_index(store, list)) << path;
+  };
+  // The last round is long enough for a list with records of its own.
+  for (const int more : {0, 2, 300}) {
+    cfg_elem *list = cfg_get_by_path(store, "nodes");
+    for (int i = 0; i < more; ++i) ASSERT_NE(append_named(store, list, "node"), nullptr);
+    agree("nodes");
+    ASSERT_TRUE(commits(store));
+    agree("nodes");
+  }
+  ASSERT_NE(put_list(store, cfg_get_by_id(store, "nodes-2"), "a.b"), nullptr);
+  ASSERT_NE(append_string(store, cfg_get_by_path(store, "nodes[2].a.b"), "text"), nullptr);
+  ASSERT_TRUE(commits(store));
+  EXPECT_EQ(ids_in(cfg_get_by_path(store, "nodes[2].a.b")), std::vector<std::string>{"nodes-2_a_b-1"});
+  ASSERT_EQ(cfg_delete_element(store, cfg_get_by_id(store, "nodes-1")), 1);
+  ASSERT_EQ(cfg_add_listelem(store, cfg_get_by_path(store, "nodes"), cfg_new_map(store)), 1);
+  agree("nodes");
+}
+
+TEST_P(ReadTest, AVisitOfIdsEndsWhenTheVisitorSaysSoAndOfNoListNeverBegins) {
+  cfg_elem *list = make_list(store, "nodes");
+  for (int i = 0; i < 3; ++i) ASSERT_NE(append_named(store, list, "node"), nullptr);
+  ASSERT_TRUE(commits(store));
+  int calls = 0;
+  const auto second = [](void *context, int32_t, const char *) {
+    return ++*static_cast<int *>(context) < 2 ? 1 : 0;
+  };
+  EXPECT_EQ(cfg_list_ids(cfg_get_by_path(store, "nodes"), second, &calls), 1);
+  EXPECT_EQ(calls, 2);
+  EXPECT_EQ(cfg_list_ids(cfg_root(store), second, &calls), 0);
+  EXPECT_EQ(cfg_list_ids(nullptr, second, &calls), 0);
+  EXPECT_EQ(cfg_list_ids(cfg_get_by_path(store, "nodes"), nullptr, &calls), 0);
+  EXPECT_EQ(calls, 2);
+}
+
 TEST_P(ReadTest, TheSameKeyMayBeAskedForTwice) {
   ASSERT_EQ(cfg_map_set_int(store, cfg_root(store), "k", 5), 1);
   ASSERT_TRUE(commits(store));

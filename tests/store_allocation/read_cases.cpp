@@ -212,12 +212,32 @@ void value_entries(EngineKind engine) {
       shown);
 }
 
+void list_ids(EngineKind engine) {
+  for (const char *list : {"nodes", "nodes-3.log", "nodes-1.ports"}) {
+    everywhere(
+        engine, list,
+        [](World &w) {
+          Shown got;
+          const auto take = [](void *context, int32_t, const char *id) {
+            auto *shown = static_cast<Shown *>(context);
+            ++shown->entries;
+            shown->add(id, id == nullptr ? 0 : std::strlen(id));
+            return 1;
+          };
+          got.done = cfg_list_ids(w.elem, take, &got);
+          return got;
+        },
+        shown);
+  }
+}
+
 const Case rows[] = {
-    {"cfg_child_read", child_read}, {"cfg_child_scan", child_scan},
-    {"cfg_elem_read", elem_read},   {"cfg_value_entries", value_entries},
-    {"cfg_list_find", list_find},   {"cfg_list_scan", list_scan},
-    {"cfg_map_has", map_has},       {"cfg_map_read", map_read},
-    {"cfg_value_read", value_read}, {"cfg_value_scan", value_scan},
+    {"cfg_list_ids", list_ids},           {"cfg_child_read", child_read},
+    {"cfg_child_scan", child_scan},       {"cfg_elem_read", elem_read},
+    {"cfg_value_entries", value_entries}, {"cfg_list_find", list_find},
+    {"cfg_list_scan", list_scan},         {"cfg_map_has", map_has},
+    {"cfg_map_read", map_read},           {"cfg_value_read", value_read},
+    {"cfg_value_scan", value_scan},
 };
 
 }  // namespace

@@ -95,5 +95,15 @@ typedef int (*cfg_entry_visitor)(void *context, const char *id, const cfg_value 
 CFG_API int cfg_child_scan(cfg_elem *map, const char *child, const cfg_keyset *set, cfg_entry_visitor visit,
                            void *context) CFG_NOEXCEPT;
 
+/** Called with an entry's index and ID, borrowed for the length of the callback. Returns 0 to end the visit.
+ */
+typedef int (*cfg_id_visitor)(void *context, int32_t index, const char *id);
+/**
+ * Shows the IDs that cfg_get_listelem() gives for a list's indexes, in order, without making handles for the
+ * entries of a list that is not edited. NULL stands for an entry that is gone. The visitor must not change
+ * the store. 1 when every entry was visited or the visitor ended it, 0 when it is no list.
+ */
+CFG_API int cfg_list_ids(cfg_elem *list, cfg_id_visitor visit, void *context) CFG_NOEXCEPT;
+
 CFG_END
 #endif
