@@ -5,6 +5,7 @@
 #include "record/engine.hpp"
 #include "record/memory_watch.hpp"
 #include "record/tables.hpp"
+#include "record/text_search.hpp"
 #include "record/view.hpp"
 
 struct cfg_boot_flag : tw::object_view {
@@ -31,11 +32,6 @@ constexpr tw::named_list lists[] = {{"boot flag load", load_flag}, {"boot flag s
 
 constexpr const char *name_keys[] = {"name"};
 constexpr cfg_keyset by_name{name_keys, 1};
-
-// Ends the scan at the flag with the wanted name.
-int differs(void *wanted, int32_t, const cfg_value *values) noexcept {
-  return values->kind != CFG_STRING || std::strcmp(values->data, static_cast<const char *>(wanted)) != 0;
-}
 
 // Keeps a text as it is given; unlike other setters, NULL keeps the old one and "" stays "".
 template <auto Member>
@@ -66,9 +62,7 @@ cfg_boot_flag *cfg_boot_flag_get_by_id(cfg *store, const char *id) noexcept {
 }
 
 cfg_boot_flag *cfg_boot_flag_get_by_name(cfg *store, const char *wanted) noexcept {
-  if (!wanted) return nullptr;
-  cfg_elem *elem =
-      cfg_list_find(cfg_get_by_path(store, flags), &by_name, differs, const_cast<char *>(wanted));
+  cfg_elem *elem = tw::find_by_text(store, flags, by_name, wanted);
   tw::text id;
   return tw::take_uuid(id, elem) ? cfg_boot_flag_get_by_id(store, id.c_str()) : nullptr;
 }

@@ -8,6 +8,7 @@
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
 #include "record/memory_watch.hpp"
+#include "record/owned_condition.hpp"
 #include "record/tables.hpp"
 #include "record/text_array.hpp"
 #include "record/view.hpp"
@@ -46,19 +47,9 @@ path path_of(const char *format, const char *type) noexcept {
 
 bool copy(tw::text &to, const char *from) noexcept { return to.assign(from, std::strlen(from)); }
 
-struct condition_free {
-  void operator()(cfg_condition *condition) const noexcept { cfg_free_conditions(condition); }
-};
-using condition = std::unique_ptr<cfg_condition, condition_free>;
-
 // Unlike other records a group joins its list at once: the list of groups shows it before the commit.
-cfg_elem *add_new_element(cfg_smartgroup &group) noexcept {
-  cfg_elem *list = cfg_get_by_path(group.cfg, path_of(stored_at, group.type.c_str()).data());
-  cfg_elem *elem = list ? cfg_new_map(group.cfg) : nullptr;
-  tw::text id;
-  if (!elem || !tw::take_uuid(id, elem) || !cfg_add_listelem(group.cfg, list, elem)) return nullptr;
-  group.uuid = std::move(id);
-  return elem;
+cfg_elem *new_element(cfg_smartgroup &group) noexcept {
+  return tw::add_new_element(group, path_of(stored_at, group.type.c_str()).data());
 }
 
 }  // namespace
@@ -84,7 +75,7 @@ cfg_smartgroup *cfg_smartgroup_get_by_id(cfg *store, const char *type, const cha
 
 cfg_smartgroup *cfg_smartgroup_get_by_name(cfg *store, const char *type, const char *name) noexcept {
   if (!type) return nullptr;
-  const condition named(cfg_new_string_condition("name", CFG_OP_EQUAL, name));
+  const tw::owned_condition named(cfg_new_string_condition("name", CFG_OP_EQUAL, name));
   if (!named) return nullptr;
   cfg_elem *found = cfg_search(store, path_of(searched_as, type).data(), named.get());
   return cfg_smartgroup_get_by_id(store, type, cfg_get_listelem(found, 0));
@@ -110,7 +101,7 @@ int cfg_smartgroup_set_query(cfg_smartgroup *group, const char *query) noexcept 
 
 int cfg_smartgroup_save(cfg_smartgroup *group) noexcept {
   if (!group || !group->name || !group->query) return 0;
-  cfg_elem *elem = group->uuid ? tw::element_of(*group) : add_new_element(*group);
+  cfg_elem *elem = group->uuid ? tw::element_of(*group) : new_element(*group);
   return elem && tw::store(save_keys, *group, group->cfg, elem);
 }
 
@@ -123,7 +114,7 @@ void cfg_smartgroup_free(cfg_smartgroup *group) noexcept { delete group; }
 // A query that is no condition is asked all the same, without conditions: the service refuses it.
 char *cfg_smartgroup_create_search(const cfg_smartgroup *group) noexcept {
   if (!group || !group->query) return nullptr;
-  const condition query(json_dump_to_condition(group->query.c_str(), 0));
+  const tw::owned_condition query(json_dump_to_condition(group->query.c_str(), 0));
   return twsearch_create(group->type.c_str(), query.get(), 0, nullptr);
 }
 

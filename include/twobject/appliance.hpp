@@ -16,9 +16,9 @@ namespace twobject {
 
 using boot_flag_record = owner<cfg_boot_flag, cfg_boot_flag_free>;
 using conn_record = owner<cfg_net_conn, cfg_net_conn_free>;
-using console_gateway_record = owner<cfg_service_console_gateway, cfg_service_console_gateway_free>;
-using external_endpoint_record = owner<cfg_net_external_endpoint, cfg_net_external_endpoint_free>;
-using external_endpoint_list = owner<cfg_net_external_endpoint_list, cfg_net_external_endpoint_list_free>;
+using gateway_record = owner<cfg_service_console_gateway, cfg_service_console_gateway_free>;
+using endpoint_record = owner<cfg_net_external_endpoint, cfg_net_external_endpoint_free>;
+using endpoint_list = owner<cfg_net_external_endpoint_list, cfg_net_external_endpoint_list_free>;
 using ntp_record = owner<cfg_ntp, cfg_ntp_free>;
 using physif_record = owner<cfg_net_physif, cfg_net_physif_free>;
 
@@ -35,7 +35,7 @@ inline auto conns(cfg *store) {
 /// Loads the endpoints of a list from the store, which the list does not know; NULL for one that is gone.
 inline auto entries(cfg *store, const cfg_net_external_endpoint_list *list) {
   return indexed(cfg_net_external_endpoint_count(list), [store, list](int32_t i) {
-    return external_endpoint_record(
+    return endpoint_record(
         cfg_net_get_external_endpoint_by_id(store, cfg_net_get_external_endpoint(list, i)));
   });
 }

@@ -5,6 +5,7 @@
 #include "network/conn.hpp"
 #include "record/boundary.hpp"
 #include "record/enumeration.hpp"
+#include "record/heap_string.hpp"
 
 namespace {
 
@@ -30,11 +31,6 @@ int32_t status_of(const char *value) noexcept {
   return CFG_NET_CONN_UNKNOWN;
 }
 
-struct free_heap {
-  void operator()(char *chars) const noexcept { std::free(chars); }
-};
-using heap_string = std::unique_ptr<char, free_heap>;
-
 // All values are asked of one state of the daemon, so that they belong together.
 class daemon_state {
  public:
@@ -46,9 +42,9 @@ class daemon_state {
   explicit operator bool() const noexcept { return state_ != nullptr; }
 
   // The value of a key, and when it was published; NULL when it cannot be read.
-  heap_string get(const char *key, int64_t &time_ms) const noexcept {
+  tw::heap_string get(const char *key, int64_t &time_ms) const noexcept {
     char *value = nullptr;
-    return heap_string(infod_get_multiple_extended(state_, key, &value, &time_ms) == 0 ? value : nullptr);
+    return tw::heap_string(infod_get_multiple_extended(state_, key, &value, &time_ms) == 0 ? value : nullptr);
   }
 
  private:
@@ -57,13 +53,13 @@ class daemon_state {
 
 bool fill_status(runtime &block, const daemon_state &daemon, const char *name) noexcept {
   int64_t time_ms = 0;
-  heap_string value = daemon.get("conman.internal.reloading", time_ms);
+  tw::heap_string value = daemon.get("conman.internal.reloading", time_ms);
   if (value && std::strstr(value.get(), "true")) {
     block.status = CFG_NET_CONN_RELOADING;
   } else {
     char *key = nullptr;
     if (!twmisc_replace_heap_string(&key, "conman.network-local-conn-%s.status", name)) return false;
-    value = daemon.get(heap_string(key).get(), time_ms);
+    value = daemon.get(tw::heap_string(key).get(), time_ms);
     if (!value) return false;
     block.status = status_of(value.get());
   }
@@ -76,7 +72,7 @@ bool fill_lease(tw::text &field, const daemon_state &daemon, const char *device,
   char *key = nullptr;
   if (!twmisc_replace_heap_string(&key, "udhcpc.%s.%s", device, item)) return false;
   int64_t time_ms = 0;
-  const heap_string value = daemon.get(heap_string(key).get(), time_ms);
+  const tw::heap_string value = daemon.get(tw::heap_string(key).get(), time_ms);
   if (!value) return false;
   const char *trimmed = tw::trim(value.get());
   return field.assign(trimmed, std::strlen(trimmed));

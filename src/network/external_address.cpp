@@ -8,6 +8,7 @@
 #include <cstring>
 #include <memory>
 
+#include "record/heap_string.hpp"
 #include "record/memory_watch.hpp"
 #include "record/text.hpp"
 
@@ -25,17 +26,12 @@ constexpr char by_default_route[] =
 
 using line = char[1024];
 
-struct free_heap {
-  void operator()(char *chars) const noexcept { std::free(chars); }
-};
-using heap_string = std::unique_ptr<char, free_heap>;
-
-const char *or_empty(const heap_string &text) noexcept { return text ? text.get() : ""; }
+const char *or_empty(const tw::heap_string &text) noexcept { return text ? text.get() : ""; }
 
 // The name of a default connection, if it is in the mode that makes it one.
-heap_string default_name(cfg *store, const char *name, const char *mode) noexcept {
+tw::heap_string default_name(cfg *store, const char *name, const char *mode) noexcept {
   if (!tw::same(cfg_get_conn_mode_from_conn_name(store, name), mode)) return nullptr;
-  return heap_string(cfg_get_interface_name_from_conn_name(store, name));
+  return tw::heap_string(cfg_get_interface_name_from_conn_name(store, name));
 }
 
 // Runs a command and keeps its first line, without its end. 1 with a line, 0 without or with an empty one, -1
@@ -50,10 +46,11 @@ int first_line(const char *command, line &out) noexcept {
 
 // The first line that the labels' addresses give; the same results as first_line().
 int address_by_label(cfg *store, line &out) noexcept {
-  const heap_string dhcp(cfg_get_interfaces_list_from_mode_exclude_default(store, "dhcp", default_dhcp));
-  const heap_string fixed(cfg_get_interfaces_list_from_mode_exclude_default(store, "static", default_static));
-  const heap_string last_dhcp = default_name(store, default_dhcp, "dhcp");
-  const heap_string last_fixed = default_name(store, default_static, "static");
+  const tw::heap_string dhcp(cfg_get_interfaces_list_from_mode_exclude_default(store, "dhcp", default_dhcp));
+  const tw::heap_string fixed(
+      cfg_get_interfaces_list_from_mode_exclude_default(store, "static", default_static));
+  const tw::heap_string last_dhcp = default_name(store, default_dhcp, "dhcp");
+  const tw::heap_string last_fixed = default_name(store, default_static, "static");
   char command[513];
   const int length = std::snprintf(command, sizeof command, by_label, or_empty(dhcp), or_empty(fixed),
                                    or_empty(last_dhcp), or_empty(last_fixed));

@@ -1,5 +1,4 @@
 // Finding connections, and naming them as the operating system does.
-#include <twconfig/condition.h>
 #include <twobject/net_address.h>
 
 #include <cstring>
@@ -9,34 +8,30 @@
 #include "network/label.hpp"
 #include "record/boundary.hpp"
 #include "record/memory_watch.hpp"
+#include "record/owned_condition.hpp"
 
 namespace {
 
 constexpr char conns[] = "system_net_conns";
 constexpr char conns_path[] = "system.net.conns";
 
-struct condition_free {
-  void operator()(cfg_condition *condition) const noexcept { cfg_free_conditions(condition); }
-};
-using condition_tree = std::unique_ptr<cfg_condition, condition_free>;
-
 struct conn_free {
   void operator()(cfg_net_conn *conn) const noexcept { cfg_net_conn_free(conn); }
 };
 using conn_record = std::unique_ptr<cfg_net_conn, conn_free>;
 
-condition_tree text_is(const char *key, int32_t op, const char *value) noexcept {
-  return condition_tree(cfg_new_string_condition(key, op, value));
+tw::owned_condition text_is(const char *key, int32_t op, const char *value) noexcept {
+  return tw::owned_condition(cfg_new_string_condition(key, op, value));
 }
 
-bool add(const condition_tree &parent, condition_tree child) noexcept {
+bool add(const tw::owned_condition &parent, tw::owned_condition child) noexcept {
   if (!parent || !child || !cfg_condition_add_child(parent.get(), child.get())) return false;
   static_cast<void>(child.release());  // the parent's now
   return true;
 }
 
 conn_record first_named(cfg *store, const char *name) noexcept {
-  const condition_tree named = text_is("name", CFG_OP_EQUAL, name);
+  const tw::owned_condition named = text_is("name", CFG_OP_EQUAL, name);
   if (!named) return nullptr;
   const char *id = cfg_get_listelem(cfg_search(store, conns, named.get()), 0);
   return conn_record(cfg_get_net_conn_by_id(store, id));
@@ -94,13 +89,13 @@ char *cfg_get_interfaces_list_from_condition(cfg *store, cfg_condition *conditio
 }
 
 char *cfg_get_interfaces_list_from_mode(cfg *store, const char *mode) noexcept {
-  const condition_tree of_mode = text_is("mode", CFG_OP_EQUAL, mode);
+  const tw::owned_condition of_mode = text_is("mode", CFG_OP_EQUAL, mode);
   return of_mode ? interfaces_list(store, of_mode.get()) : nullptr;
 }
 
 char *cfg_get_interfaces_list_from_mode_exclude_default(cfg *store, const char *mode,
                                                         const char *name) noexcept {
-  const condition_tree others(cfg_new_and_condition());
+  const tw::owned_condition others(cfg_new_and_condition());
   if (!add(others, text_is("mode", CFG_OP_EQUAL, mode)) ||
       !add(others, text_is("name", CFG_OP_NOT_EQUAL, name)))
     return nullptr;

@@ -121,8 +121,7 @@ int cfg_push_exec_ctxt_set_disconnected_behaviour(cfg_push_exec_ctxt *record, in
 
 int cfg_push_exec_ctxt_save(cfg_push_exec_ctxt *record, int32_t whole) noexcept {
   if (!record) return 0;
-  cfg_elem *elem =
-      record->uuid ? tw::element_of(*record) : tw::append_new_element(*record, "cfg_push_exec_ctxts");
+  cfg_elem *elem = tw::element_to_save(*record, "cfg_push_exec_ctxts");
   if (!elem) return 0;
   // A push without user name keeps the one that is stored.
   if (record->username && !tw::store(save_username, *record, record->cfg, elem)) return 0;

@@ -10,12 +10,12 @@ cfg_push_exec_ctxt_list *cfg_push_exec_ctxt_list_new(cfg *store) noexcept {
 }
 
 int32_t cfg_push_exec_ctxt_list_count(const cfg_push_exec_ctxt_list *list) noexcept {
-  return list ? list->ids.count() : 0;
+  return tw::entry_count(list);
 }
 
 cfg_push_exec_ctxt *cfg_push_exec_ctxt_list_get_execution(const cfg_push_exec_ctxt_list *list,
                                                           int32_t index) noexcept {
-  return list ? cfg_push_exec_ctxt_get_by_id(list->cfg, list->ids.at(index)) : nullptr;
+  return tw::load_entry(list, index, cfg_push_exec_ctxt_get_by_id);
 }
 
 void cfg_push_exec_ctxt_list_free(cfg_push_exec_ctxt_list *list) noexcept { delete list; }

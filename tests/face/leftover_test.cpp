@@ -241,12 +241,11 @@ TEST(Leftover, TheAppliancesOwnRecordsAreGivenBack) {
   EXPECT_EQ(left_by_face([](cfg *store) {
               for (const physif_record &physif : physifs(store)) ASSERT_NE(physif, nullptr);
               for (const conn_record &conn : conns(store)) ASSERT_NE(conn, nullptr);
-              const external_endpoint_list list(cfg_net_get_external_endpoint_list(store));
-              for (const external_endpoint_record &endpoint : entries(store, list.get()))
-                ASSERT_NE(endpoint, nullptr);
+              const endpoint_list list(cfg_net_get_external_endpoint_list(store));
+              for (const endpoint_record &endpoint : entries(store, list.get())) ASSERT_NE(endpoint, nullptr);
               const ntp_record ntp(cfg_get_ntp(store));
               for (const heap_text &server : servers(ntp.get())) ASSERT_NE(server, nullptr);
-              const console_gateway_record gateway(cfg_get_service_console_gateway(store));
+              const gateway_record gateway(cfg_get_service_console_gateway(store));
               const boot_flag_record flag(cfg_boot_flag_get_by_name(store, "wipe"));
               ASSERT_NE(flag, nullptr);
               ASSERT_NE(text_from(cfg_system_get_hostname, store), nullptr);

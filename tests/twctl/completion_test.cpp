@@ -27,6 +27,9 @@ TEST_F(TwctlCompletion, TheScriptIsSoundBash) {
 TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
   EXPECT_EQ(offers({"no"}), "node");
   EXPECT_EQ(offers({"tag", "value", "re"}), "rename");
+  EXPECT_EQ(offers({"net", "end"}), "endpoint");
+  EXPECT_EQ(offers({"net", "endpoint", "de"}), "delete");
+  EXPECT_EQ(offers({"net", "conn", "set", "default-conn-1", "ad"}), "address=");
   EXPECT_EQ(offers({"template", "create", "T", "--kind", "p"}), "ports");
   EXPECT_EQ(offers({"bundle", "token", "--remove", "--req"}), "--request");
   EXPECT_EQ(offers({"services", "sta"}), "start status");
@@ -40,27 +43,76 @@ TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
 }
 
 TEST_F(TwctlCompletion, EveryOptionOfEveryVerbIsOffered) {
-  const arguments verbs[] = {
-      {"system", "get"},      {"system", "set"},     {"node", "enroll"},     {"node", "list"},
-      {"node", "show"},       {"node", "set"},       {"node", "delete"},     {"fleet", "import"},
-      {"cert", "issue"},      {"cert", "show"},      {"cert", "ca"},         {"cert", "list"},
-      {"cert", "revoke"},     {"store", "export"},   {"store", "import"},    {"store", "verify"},
-      {"node", "status"},     {"node", "approve"},   {"node", "tag"},        {"node", "unenroll"},
-      {"tag", "list"},        {"tag", "show"},       {"tag", "add"},         {"tag", "rename"},
-      {"tag", "delete"},      {"bundle", "list"},    {"bundle", "show"},     {"bundle", "create"},
-      {"bundle", "set"},      {"bundle", "delete"},  {"bundle", "nodes"},    {"bundle", "token"},
-      {"template", "list"},   {"template", "show"},  {"template", "create"}, {"template", "set"},
-      {"template", "delete"}, {"services", "start"}, {"services", "status"}, {"services", "stop"},
-      {"store", "compact"},   {"store", "status"},   {"store", "log"}};
+  const std::vector<arguments> verbs = {{"net", "physif", "list"},
+                                        {"net", "physif", "show"},
+                                        {"net", "physif", "set"},
+                                        {"net", "conn", "list"},
+                                        {"net", "conn", "set"},
+                                        {"net", "endpoint", "add"},
+                                        {"net", "endpoint", "set"},
+                                        {"net", "address", "list"},
+                                        {"net", "address", "show"},
+                                        {"ntp", "set"},
+                                        {"ntp", "server", "add"},
+                                        {"console-gateway", "set"},
+                                        {"bootflag", "add"},
+                                        {"bootflag", "set"},
+
+                                        {"system", "get"},
+                                        {"system", "set"},
+                                        {"node", "enroll"},
+                                        {"node", "list"},
+                                        {"node", "show"},
+                                        {"node", "set"},
+                                        {"node", "delete"},
+                                        {"fleet", "import"},
+                                        {"cert", "issue"},
+                                        {"cert", "show"},
+                                        {"cert", "ca"},
+                                        {"cert", "list"},
+                                        {"cert", "revoke"},
+                                        {"store", "export"},
+                                        {"store", "import"},
+                                        {"store", "verify"},
+                                        {"node", "status"},
+                                        {"node", "approve"},
+                                        {"node", "tag"},
+                                        {"node", "unenroll"},
+                                        {"tag", "list"},
+                                        {"tag", "show"},
+                                        {"tag", "add"},
+                                        {"tag", "rename"},
+                                        {"tag", "delete"},
+                                        {"bundle", "list"},
+                                        {"bundle", "show"},
+                                        {"bundle", "create"},
+                                        {"bundle", "set"},
+                                        {"bundle", "delete"},
+                                        {"bundle", "nodes"},
+                                        {"bundle", "token"},
+                                        {"template", "list"},
+                                        {"template", "show"},
+                                        {"template", "create"},
+                                        {"template", "set"},
+                                        {"template", "delete"},
+                                        {"services", "start"},
+                                        {"services", "status"},
+                                        {"services", "stop"},
+                                        {"store", "compact"},
+                                        {"store", "status"},
+                                        {"store", "log"}};
   for (const arguments &verb : verbs) {
-    std::string help = run({verb[0], verb[1], "--help"}).out;
-    std::string offered = " " + offers({verb[0], verb[1], "--"}) + " ";
+    arguments help_of = verb, options_of = verb;
+    help_of.push_back("--help");
+    options_of.push_back("--");
+    std::string help = run(help_of).out;
+    std::string offered = " " + offers(options_of) + " ";
     for (size_t at = help.find("\n  "); at != std::string::npos; at = help.find("\n  ", at + 1)) {
       size_t start = help.find("--", at), end = help.find_first_of(" ,\n=", start);
       if (start == std::string::npos || start > help.find('\n', at + 1) || help[at + 3] != '-') continue;
       std::string option = help.substr(start, end - start);
       EXPECT_NE(offered.find(" " + option + " "), std::string::npos)
-          << verb[0] << " " << verb[1] << " " << option;
+          << verb.front() << " ... " << verb.back() << " " << option;
     }
   }
 }

@@ -115,6 +115,12 @@ void twctl_test::init() {
   ASSERT_EQ(result.code, 0) << result.err;
 }
 
+void twctl_test::own_directory(const std::string &variable) {
+  std::erase_if(environment_, [&](const std::string &one) { return one.starts_with(variable + "="); });
+  environment_.push_back(variable + "=" + path(variable));
+  setenv(variable.c_str(), path(variable).c_str(), 1);
+}
+
 std::string twctl_test::everything() {
   outcome result = run({"store", "export", "-"});
   EXPECT_EQ(result.code, 0) << result.err;
@@ -127,6 +133,13 @@ open_store open_for_reading(const std::string &path) {
   open_store store(cfg_open(path.c_str(), CFG_OPEN_READ_ONLY, &failure), cfg_close);
   EXPECT_NE(store, nullptr) << failure.text;
   return store;
+}
+
+void change_store(const std::string &path, const std::function<void(cfg *)> &change) {
+  open_store store(cfg_open(path.c_str(), 0, nullptr), cfg_close);
+  ASSERT_NE(store, nullptr);
+  change(store.get());
+  ASSERT_EQ(cfg_commit(store.get(), nullptr), 1) << cfg_error_text(store.get());
 }
 
 }  // namespace test

@@ -6,6 +6,7 @@
 #include <sys/types.h>
 #include <twconfig.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -76,6 +77,8 @@ class twctl_test : public ::testing::Test {
   /// Runs a command that must succeed, with -o json, and gives its output.
   json run_json(arguments args, const std::string &input = "");
   void init();
+  /// Gives the programs, and the test itself, a directory of their own for what this variable names.
+  void own_directory(const std::string &variable);
   /// The whole store as text: two calls give the same text when nothing was written in between.
   std::string everything();
 
@@ -86,6 +89,9 @@ class twctl_test : public ::testing::Test {
   std::string directory_;
   int count_ = 0;
 };
+
+/// A store that the test itself fills, and commits.
+void change_store(const std::string &path, const std::function<void(cfg *)> &change);
 
 /// A store that the test itself reads.
 using open_store = std::unique_ptr<cfg, void (*)(cfg *)>;

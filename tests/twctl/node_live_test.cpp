@@ -1,4 +1,3 @@
-#include <stdlib.h>
 #include <twinfod.h>
 #include <twobject.h>
 
@@ -9,13 +8,8 @@ namespace test {
 class TwctlNodeLive : public twctl_test {
  protected:
   void SetUp() override {
-    for (const char *name : {"TW_INFOD_DIR", "TW_ACTION_DIR"}) {
-      std::string place = path(name);
-      std::erase_if(environment_,
-                    [&](const std::string &one) { return one.starts_with(std::string(name) + "="); });
-      environment_.push_back(std::string(name) + "=" + place);
-      setenv(name, place.c_str(), 1);
-    }
+    own_directory("TW_INFOD_DIR");
+    own_directory("TW_ACTION_DIR");
     init();
     run_json({"tag", "add", "Site", "Berlin", "Lima"});
     run_json({"node", "enroll", "--product", "tarnwell", "--name", "rack-1"});

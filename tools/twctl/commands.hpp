@@ -9,6 +9,15 @@ namespace twctl {
 
 void add_init(CLI::App &program, const options &opts);
 void add_system(CLI::App &program, const options &opts);
+void add_net(CLI::App &program, const options &opts);
+/// The nouns of "net".
+void add_net_physif(CLI::App *net, const options &opts);
+void add_net_conn(CLI::App *net, const options &opts);
+void add_net_endpoint(CLI::App *net, const options &opts);
+void add_net_address(CLI::App *net, const options &opts);
+void add_ntp(CLI::App &program, const options &opts);
+void add_console_gateway(CLI::App &program, const options &opts);
+void add_boot_flag(CLI::App &program, const options &opts);
 void add_node(CLI::App &program, const options &opts);
 /// The verbs of "node" that are about enrolled nodes.
 void add_node_live(CLI::App *noun, const options &opts);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "changes.hpp"
 #include "device.hpp"
 #include "failure.hpp"
 #include "secret.hpp"
@@ -27,17 +28,26 @@ std::pair<std::string, std::string> split_pair(const std::string &text, const st
   return {text.substr(0, equals), text.substr(equals + 1)};
 }
 
+std::string joined(const std::vector<const char *> &names) {
+  std::string result;
+  for (const char *name : names) result += (result.empty() ? "" : ", ") + std::string(name);
+  return result;
+}
+
 std::map<std::string, std::string> read_assignments(const std::vector<std::string> &texts,
-                                                    std::initializer_list<const char *> fields,
+                                                    const std::vector<const char *> &fields,
                                                     bool may_be_none) {
-  std::string names;
-  for (const char *name : fields) names += (names.empty() ? "" : ", ") + std::string(name);
+  std::string names = joined(fields);
   if (texts.empty() && !may_be_none)
     throw failure(exit_code::usage, "nothing to set", "", "give FIELD=VALUE; the fields are " + names);
   std::map<std::string, std::string> result;
   for (const std::string &text : texts) {
-    auto [name, value] = split_pair(text, "FIELD=VALUE", fmt::format("{}=...", *fields.begin()));
-    if (std::none_of(fields.begin(), fields.end(), [&](const char *one) { return name == one; }))
+    auto [name, value] = split_pair(text, "FIELD=VALUE", fmt::format("{}=...", fields.front()));
+    bool unknown = std::none_of(fields.begin(), fields.end(), [&](const char *one) { return name == one; });
+    if (unknown && names_secret(name))
+      throw failure(exit_code::usage, "a secret cannot be given on the command line",
+                    "every user of the machine can read it there", "--help names the options for it");
+    if (unknown)
       throw failure(exit_code::usage, fmt::format("there is no field '{}' here", printable(name)), "",
                     "the fields are " + names);
     if (!result.emplace(name, value).second)
@@ -59,13 +69,32 @@ void confirm_delete(const options &opts, const std::string &what) {
     throw failure(exit_code::failure, "nothing was deleted", "it was not confirmed");
 }
 
+void not_found(const char *kind, const std::string &reference, const char *noun) {
+  throw failure(exit_code::not_found, fmt::format("there is no {} '{}'", kind, printable(reference)), "",
+                fmt::format("see 'twctl {} list'", noun));
+}
+
+std::vector<std::string> ids_in(cfg *store, const char *path) {
+  std::vector<std::string> ids;
+  cfg_elem *list = cfg_get_by_path(store, path);
+  for (int32_t i = 0; const char *id = cfg_get_listelem(list, i); i++) ids.emplace_back(id);
+  return ids;
+}
+
+void require_free(const char *id, const std::string &name) {
+  if (id)
+    throw failure(exit_code::conflict, fmt::format("'{}' exists already", printable(name)),
+                  fmt::format("it is {}", id));
+}
+
 void finish_entry(session &work, const std::string &id, const std::string &name, const char *done) {
   outcome result = work.commit(fmt::format("{} '{}'", done, printable(name)));
   std::string now = result.dry_run ? std::string() : final_id(work.store(), id);
   sheet details;
   details.add("id", "ID", unless_empty(now));
   details.add("name", "Name", name);
-  work.report(result, fmt::format("{} '{}' ({}).", done, printable(name), now), details.json());
+  std::string where = now.empty() ? "" : fmt::format(" ({})", now);
+  work.report(result, fmt::format("{} '{}'{}.", done, printable(name), where), details.json());
 }
 
 }  // namespace twctl

@@ -138,4 +138,10 @@ std::string utc_time(int64_t seconds) {
   return buffer;
 }
 
+std::string take(char *heap_text) {
+  std::string result = heap_text ? heap_text : "";
+  std::free(heap_text);
+  return result;
+}
+
 }  // namespace twctl

@@ -6,6 +6,7 @@
 #include <twobject/search.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <memory>
 #include <set>
@@ -18,12 +19,13 @@ namespace {
 
 using search_service::Scripted;
 
-// The service runs in this process as well: its ends of connections bear the path as their own name.
+// The service runs in this process as well: its ends of connections bear the path as their own name, or are
+// closed by its thread between being listed and being asked.
 bool is_services(int fd) {
   sockaddr_un address{};
   socklen_t size = sizeof address;
-  return getsockname(fd, reinterpret_cast<sockaddr *>(&address), &size) == 0 &&
-         address.sun_family == AF_UNIX && std::string(search_service::kPath) == address.sun_path;
+  if (getsockname(fd, reinterpret_cast<sockaddr *>(&address), &size) != 0) return errno == EBADF;
+  return address.sun_family == AF_UNIX && std::string(search_service::kPath) == address.sun_path;
 }
 
 // Those of the clients.
