@@ -18,6 +18,7 @@
 #include <twobject/enrollment.h>
 #include <twobject/external_endpoint.h>
 #include <twobject/group.h>
+#include <twobject/https.h>
 #include <twobject/net_address.h>
 #include <twobject/net_conn.h>
 #include <twobject/net_physif.h>

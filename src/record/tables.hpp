@@ -32,6 +32,7 @@ extern const tables enrollment_tables;
 extern const tables etag_tables;
 extern const tables external_endpoint_tables;
 extern const tables group_tables;
+extern const tables https_csr_tables;
 extern const tables node_auth_tables;
 extern const tables node_group_tables;
 extern const tables node_interface_tables;
@@ -53,6 +54,7 @@ extern const tables user_tables;
 // clang-format off
 inline constexpr const tables *all_tables[] = {
     &certificate_tables,
+    &https_csr_tables,
     &node_load_tables,
     &etag_tables,
     &node_save_tables,

@@ -10,6 +10,7 @@ namespace allocation {
 
 extern const std::span<const Case> system_cases;
 extern const std::span<const Case> certificate_cases;
+extern const std::span<const Case> https_cases;
 extern const std::span<const Case> node_cases;
 extern const std::span<const Case> node_part_cases;
 extern const std::span<const Case> port_cases;

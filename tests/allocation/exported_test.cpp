@@ -14,6 +14,7 @@ std::vector<Case> all() {
   const std::span<const Case> families[] = {
       system_cases,
       certificate_cases,
+      https_cases,
       node_cases,
       node_runtime_cases,
       node_part_cases,

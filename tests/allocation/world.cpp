@@ -26,11 +26,12 @@ struct Authority {
   std::string key, certificate;
 };
 
-Authority make_authority() {
+// Gives the key away.
+Authority self_signed(EVP_PKEY *raw) {
   using key_ptr = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
   using x509_ptr = std::unique_ptr<X509, decltype(&X509_free)>;
   using bio_ptr = std::unique_ptr<BIO, decltype(&BIO_free)>;
-  const key_ptr key(EVP_EC_gen("P-256"), EVP_PKEY_free);
+  const key_ptr key(raw, EVP_PKEY_free);
   const x509_ptr certificate(X509_new(), X509_free);
   X509_set_version(certificate.get(), 2);
   X509_gmtime_adj(X509_getm_notBefore(certificate.get()), 0);
@@ -60,6 +61,7 @@ class Seed {
     bundles(value, dummy_template());
     network();
     services();
+    https();
     smart_group();
     push();
     access();
@@ -122,7 +124,7 @@ class Seed {
     cfg_elem *services = map(cfg_root(store), "services");
     number(map(map(services, "fhvpn"), "server"), "mtu", 1400);
     cfg_elem *ca = map(services, "ca");
-    const Authority authority = make_authority();
+    const Authority authority = self_signed(EVP_EC_gen("P-256"));
     blob(ca, "key", authority.key);
     blob(ca, "certificate", authority.certificate);
     blob(ca, "serial", "1A\n");
@@ -404,6 +406,21 @@ class Seed {
     check(cfg_map_set_bool(store, flag, "is_set", 1));
   }
 
+  void https() {
+    cfg_elem *https = map(cfg_get_by_path(store, "services"), "https");
+    const Authority web_server = self_signed(EVP_RSA_gen(512));  // quickly made: every test makes one
+    blob(https, "certificate", web_server.certificate);
+    blob(https, "private_key", web_server.key);
+    cfg_elem *csr = map(https, "csr");
+    for (const char *key :
+         {"common_name", "org_unit", "organization", "locality", "state", "email", "challenge_password"})
+      text(csr, key, key);
+    text(csr, "country", "NZ");
+    blob(csr, "private_key", "private_key");
+    blob(csr, "csr", "csr");
+    number(csr, "key_length", 2048);
+  }
+
   void push() {
     cfg_elem *push = entry(list(cfg_root(store), "cfg_push_exec_ctxts"));
     text(push, "username", "alice of the night shift, the second of that name");
@@ -483,6 +500,7 @@ World::World()
       enrollment(cfg_enrollment_get_by_id(store, kTarnwell)),
       generic_enrollment(cfg_enrollment_get_by_id(store, kGeneric)),
       certificate(cfg_get_certificate_by_id(store, kCertificate)),
+      csr(cfg_get_https_csr(store)),
       tags(cfg_get_tag_list(store, CFG_TAG_NODE)),
       tag(cfg_get_tag_by_id(store, kTag)),
       tag_value(cfg_get_tag_value_by_id(store, kTagValue)),
@@ -509,10 +527,10 @@ World::World()
       user_group(cfg_group_get_by_id(store, kUserGroup)),
       auth(cfg_get_auth(store)),
       server(cfg_auth_get_radiusAuthenticationServer(auth, 0)) {
-  if (!store || !node || !generic || !port || !enrollment || !generic_enrollment || !certificate || !tags ||
-      !tag || !tag_value || !group || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless ||
-      !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag || !push || !push_node || !pushes ||
-      !role || !acl || !user || !stranger || !user_group || !auth || !server)
+  if (!store || !node || !generic || !port || !enrollment || !generic_enrollment || !certificate || !csr ||
+      !tags || !tag || !tag_value || !group || !templates || !dummy || !bundles || !bundle || !ethernet ||
+      !wireless || !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag || !push ||
+      !push_node || !pushes || !role || !acl || !user || !stranger || !user_group || !auth || !server)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -523,6 +541,7 @@ World::~World() {
   cfg_enrollment_free(enrollment);
   cfg_enrollment_free(generic_enrollment);
   free_whole(certificate);
+  cfg_csr_free(csr);
   free_whole(tags);
   free_whole(tag);
   cfg_tag_value_free(tag_value);

@@ -63,6 +63,7 @@ class World {
   cfg_enrollment *enrollment = nullptr;          // kTarnwell
   cfg_enrollment *generic_enrollment = nullptr;  // kGeneric
   cfg_certificate *certificate = nullptr;        // kCertificate
+  cfg_csr *csr = nullptr;                        // each text its key, but for the country: "NZ"
   cfg_tag_list *tags = nullptr;
   cfg_tag *tag = nullptr;              // kTag
   cfg_tag_value *tag_value = nullptr;  // kTagValue
