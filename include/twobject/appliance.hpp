@@ -5,6 +5,7 @@
 #include <twobject/boot_flag.h>
 #include <twobject/console_gateway.h>
 #include <twobject/external_endpoint.h>
+#include <twobject/https.h>
 #include <twobject/net_address.h>
 #include <twobject/net_conn.h>
 #include <twobject/net_physif.h>
@@ -17,8 +18,10 @@ namespace twobject {
 using boot_flag_record = owner<cfg_boot_flag, cfg_boot_flag_free>;
 using conn_record = owner<cfg_net_conn, cfg_net_conn_free>;
 using gateway_record = owner<cfg_service_console_gateway, cfg_service_console_gateway_free>;
+using csr_record = owner<cfg_csr, cfg_csr_free>;
 using endpoint_record = owner<cfg_net_external_endpoint, cfg_net_external_endpoint_free>;
 using endpoint_list = owner<cfg_net_external_endpoint_list, cfg_net_external_endpoint_list_free>;
+using https_certificate_record = owner<cfg_https_cert_details, cfg_free_https_cert_details>;
 using ntp_record = owner<cfg_ntp, cfg_ntp_free>;
 using physif_record = owner<cfg_net_physif, cfg_net_physif_free>;
 

@@ -4,10 +4,27 @@
 
 #include <twobject/bundle.h>
 #include <twobject/template.h>
+#include <twobject/template_auth.h>
+#include <twobject/template_script.h>
+#include <twobject/template_users_groups.h>
 #include <twobject/owner.hpp>
 #include <twobject/tags.hpp>
 
 namespace twobject {
+
+/// Frees a user or a group of a users-groups template with its block, which the C interface's functions keep.
+inline void release_user_operation(cfg_ugt_user_operation *user) noexcept {
+  cfg_ugt_free_user_operation(user);
+  release_heap(user);
+}
+inline void release_group_operation(cfg_ugt_group_operation *group) noexcept {
+  cfg_ugt_free_group_operation(group);
+  release_heap(group);
+}
+
+/// A user or a group that no template has: one that is new, or was read by itself.
+using user_operation_record = owner<cfg_ugt_user_operation, release_user_operation>;
+using group_operation_record = owner<cfg_ugt_group_operation, release_group_operation>;
 
 /// A template with all that its type carries: no text of it lives on, other than after cfg_template_free().
 using template_record = owner<cfg_template, cfg_template_dispose>;
@@ -25,6 +42,47 @@ inline auto entries(const cfg_template_list *list) {
 inline auto entries(const cfg_bundle_list *list) {
   return indexed(cfg_bundle_list_count(list),
                  [list](int32_t i) { return bundle_record(cfg_bundle_list_get_bundle(list, i)); });
+}
+
+/* Users and groups of a users-groups template, which stay the template's; names of members, nothing for an
+ * entry that is no text. */
+
+inline auto user_operations(const cfg_template *record) {
+  return indexed(cfg_ugt_get_user_operations_count(record),
+                 [record](int32_t i) { return cfg_ugt_get_user_operation(record, i); });
+}
+inline auto group_operations(const cfg_template *record) {
+  return indexed(cfg_ugt_get_group_operations_count(record),
+                 [record](int32_t i) { return cfg_ugt_get_group_operation(record, i); });
+}
+inline auto membership_users(const cfg_template *record) {
+  return indexed(cfg_ugt_get_membership_users_count(record),
+                 [record](int32_t i) { return text_of(cfg_ugt_get_membership_user(record, i)); });
+}
+inline auto membership_groups(const cfg_template *record) {
+  return indexed(cfg_ugt_get_membership_groups_count(record),
+                 [record](int32_t i) { return text_of(cfg_ugt_get_membership_group(record, i)); });
+}
+/// The groups of such a user, and the roles of such a group.
+inline auto groups(const cfg_ugt_user_operation *user) {
+  return indexed(cfg_ugt_user_operation_get_groups_count(user),
+                 [user](int32_t i) { return text_of(cfg_ugt_user_operation_get_group(user, i)); });
+}
+inline auto roles(const cfg_ugt_group_operation *group) {
+  return indexed(cfg_ugt_group_operation_get_roles_count(group),
+                 [group](int32_t i) { return text_of(cfg_ugt_group_operation_get_role(group, i)); });
+}
+
+/// Gives a user or a group to a template. On failure the owner keeps it.
+inline bool add_user_operation(cfg_template *record, user_operation_record &user) noexcept {
+  if (!cfg_ugt_add_user_operation(record, user.get())) return false;
+  static_cast<void>(user.release());
+  return true;
+}
+inline bool add_group_operation(cfg_template *record, group_operation_record &group) noexcept {
+  if (!cfg_ugt_add_group_operation(record, group.get())) return false;
+  static_cast<void>(group.release());
+  return true;
 }
 
 /// Loads the tag values that a bundle gives to nodes; NULL for a reference that leads nowhere.

@@ -81,6 +81,37 @@ TEST(Leftover, ATemplateIsGivenBackWithAllOfItsTexts) {
   EXPECT_EQ(left_by_c([](cfg *store) { cfg_template_free(cfg_template_get_by_id(store, kTemplate)); }), 3U);
 }
 
+TEST(Leftover, ATemplateOfEachTypeIsGivenBackWithWhatItCarries) {
+  for (const char *id :
+       {kUsersTemplate, kGroupsTemplate, kMembershipTemplate, kAuthTemplate, kScriptTemplate}) {
+    EXPECT_EQ(left_by_face([&](cfg *store) {
+                const template_record record(cfg_template_get_by_id(store, id));
+                ASSERT_NE(record, nullptr);
+              }),
+              0U)
+        << id;
+    EXPECT_GT(left_by_c([&](cfg *store) { cfg_template_free(cfg_template_get_by_id(store, id)); }), 2U) << id;
+  }
+}
+
+TEST(Leftover, AUserOrAGroupGoesToItsTemplateOrStaysTheOwners) {
+  EXPECT_EQ(left_by_face([](cfg *store) {
+              const template_record record(cfg_template_new(store, "new", CFG_TEMPLATE_USERS_GROUPS));
+              user_operation_record user(cfg_ugt_new_user_operation());
+              group_operation_record group(cfg_ugt_new_group_operation());
+              ASSERT_TRUE(cfg_ugt_user_operation_set_username(user.get(), "a new user"));
+              ASSERT_TRUE(add_user_operation(record.get(), user));
+              ASSERT_TRUE(add_group_operation(record.get(), group));
+              ASSERT_EQ(user_operations(record.get()).size(), 1U);
+              ASSERT_EQ(group_operations(record.get()).size(), 1U);
+              user_operation_record late(cfg_ugt_new_user_operation());
+              ASSERT_FALSE(add_user_operation(nullptr, late));
+              ASSERT_NE(late, nullptr);
+            }),
+            0U);
+  EXPECT_EQ(left_by_c([](cfg *) { cfg_ugt_free_user_operation(cfg_ugt_new_user_operation()); }), 1U);
+}
+
 TEST(Leftover, ATemplateAndAPushMayEndAfterTheirStore) {
   EXPECT_EQ(left_by_face([](cfg *) {
               store_handle store(cfg_open_memory(nullptr, nullptr));
@@ -246,6 +277,9 @@ TEST(Leftover, TheAppliancesOwnRecordsAreGivenBack) {
               const ntp_record ntp(cfg_get_ntp(store));
               for (const heap_text &server : servers(ntp.get())) ASSERT_NE(server, nullptr);
               const gateway_record gateway(cfg_get_service_console_gateway(store));
+              const csr_record csr(cfg_get_https_csr(store));
+              ASSERT_NE(csr, nullptr);
+              const https_certificate_record details(cfg_get_https_cert_details(store));
               const boot_flag_record flag(cfg_boot_flag_get_by_name(store, "wipe"));
               ASSERT_NE(flag, nullptr);
               ASSERT_NE(text_from(cfg_system_get_hostname, store), nullptr);
