@@ -2,6 +2,7 @@
 #include <cstdlib>
 
 #include "figures/figures.hpp"
+#include "figures/growth.hpp"
 #include "ours/own_store.hpp"
 #include "peers/packed_record.hpp"
 #include "peers/packed_store.hpp"
@@ -160,12 +161,11 @@ void load_by_list(AccessStore &own) {
 
 // Saves in an edit that is dropped again: only the save is measured, at three sizes.
 template <class Record>
-void measure_growth(const std::string &what, const std::string &unit, AccessStore &own, int (*save)(Record *),
+void measure_growth(const std::string &what, AccessStore &own, int (*save)(Record *),
                     owned<Record> (AccessStore::*make)(int), const Settings &settings, Table &table) {
-  constexpr int sizes[] = {100, 1'000, 10'000};
   Contest contest;
   std::vector<owned<Record>> records;
-  for (const int size : sizes) {
+  for (const int size : kGrowthSizes) {
     records.push_back((own.*make)(size));
     contest.enter(
         std::to_string(size),
@@ -174,10 +174,7 @@ void measure_growth(const std::string &what, const std::string &unit, AccessStor
   }
   contest.run(settings.rounds(20), 1);
   cfg_abandon(own.handle());
-  for (const int size : {1'000, 10'000}) {
-    const double each = contest.ratio(std::to_string(size), "100", Contest::processor) * 100 / size;
-    table.limit(what + ", each of " + std::to_string(size) + " against each of 100", each, 1.3, unit);
-  }
+  limit_growth(what, contest, table, Work::of_its_size);
 }
 
 }  // namespace
@@ -193,9 +190,9 @@ void measure_access(const Settings &settings, Table &table) {
   contest.run(settings.rounds(20), kUsers);
   table.compare("user, all 10000 by their list", contest, "ours", "LMDB, hand-packed", at_most(2),
                 Contest::processor);
-  measure_growth<cfg_group>("saving a group's members", "x", own, cfg_group_save, &AccessStore::group_of,
-                            settings, table);
-  measure_growth<cfg_user>("saving a user's groups", "x", own, cfg_user_save, &AccessStore::user_in, settings,
+  measure_growth<cfg_group>("saving a group's members", own, cfg_group_save, &AccessStore::group_of, settings,
+                            table);
+  measure_growth<cfg_user>("saving a user's groups", own, cfg_user_save, &AccessStore::user_in, settings,
                            table);
 }
 
