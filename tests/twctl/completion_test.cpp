@@ -28,6 +28,9 @@ TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
   EXPECT_EQ(offers({"no"}), "node");
   EXPECT_EQ(offers({"tag", "value", "re"}), "rename");
   EXPECT_EQ(offers({"net", "end"}), "endpoint");
+  EXPECT_EQ(offers({"user", "set", "ada", "--remove-group", "day", "en"}), "enabled=");
+  EXPECT_EQ(offers({"auth", "server", "add", "ra"}), "radius radius-accounting");
+  EXPECT_EQ(offers({"auth", "server", "list", "--kind", "l"}), "ldap");
   EXPECT_EQ(offers({"net", "endpoint", "de"}), "delete");
   EXPECT_EQ(offers({"net", "conn", "set", "default-conn-1", "ad"}), "address=");
   EXPECT_EQ(offers({"template", "create", "T", "--kind", "p"}), "ports");

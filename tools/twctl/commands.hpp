@@ -23,6 +23,13 @@ void add_node(CLI::App &program, const options &opts);
 void add_node_live(CLI::App *noun, const options &opts);
 void add_fleet(CLI::App &program, const options &opts);
 void add_cert(CLI::App &program, const options &opts);
+void add_user(CLI::App &program, const options &opts);
+void add_group(CLI::App &program, const options &opts);
+void add_role(CLI::App &program, const options &opts);
+void add_acl(CLI::App &program, const options &opts);
+void add_auth(CLI::App &program, const options &opts);
+/// The verbs of "auth server".
+void add_auth_server(CLI::App *auth, const options &opts);
 void add_tag(CLI::App &program, const options &opts);
 void add_bundle(CLI::App &program, const options &opts);
 void add_template(CLI::App &program, const options &opts);

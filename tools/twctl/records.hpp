@@ -70,6 +70,14 @@ using ntp_record = std::unique_ptr<cfg_ntp, releaser<cfg_ntp_free>>;
 using gateway_record =
     std::unique_ptr<cfg_service_console_gateway, releaser<cfg_service_console_gateway_free>>;
 using boot_flag_record = std::unique_ptr<cfg_boot_flag, releaser<cfg_boot_flag_free>>;
+using user_record = std::unique_ptr<cfg_user, releaser<cfg_user_free>>;
+using user_list = std::unique_ptr<cfg_user_list, releaser<cfg_user_list_free>>;
+using group_record = std::unique_ptr<cfg_group, releaser<cfg_group_free>>;
+using group_list = std::unique_ptr<cfg_group_list, releaser<cfg_group_list_free>>;
+using member_list = std::unique_ptr<cfg_group_member_list, releaser<cfg_group_member_list_free>>;
+using smart_group_record = std::unique_ptr<cfg_smartgroup, releaser<cfg_smartgroup_free>>;
+using auth_record = std::unique_ptr<cfg_auth, releaser<cfg_auth_free>>;
+using auth_server_record = std::unique_ptr<cfg_auth_server, releaser<cfg_auth_server_free>>;
 using condition_tree = std::unique_ptr<cfg_condition, releaser<cfg_free_conditions>>;
 using json_value = std::unique_ptr<json_t, releaser<release_json>>;
 
