@@ -51,5 +51,8 @@ foreach(service searchd unenrolld)
       \"${PROJECT_BINARY_DIR}/packaging/${service}.service\" @ONLY)")
   install(FILES ${PROJECT_BINARY_DIR}/packaging/${service}.service DESTINATION lib/systemd/system)
 endforeach()
+# The reference is there when scripts/docs has made it.
+install(DIRECTORY build/docs/man/man3 DESTINATION ${CMAKE_INSTALL_MANDIR} OPTIONAL)
+install(DIRECTORY build/docs/html DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
 install(FILES packaging/sysusers.d/twobject.conf DESTINATION lib/sysusers.d)
 install(FILES packaging/tmpfiles.d/twobject.conf DESTINATION lib/tmpfiles.d)

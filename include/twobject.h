@@ -18,6 +18,7 @@
 #include <twobject/enrollment.h>
 #include <twobject/external_endpoint.h>
 #include <twobject/group.h>
+#include <twobject/https.h>
 #include <twobject/net_address.h>
 #include <twobject/net_conn.h>
 #include <twobject/net_physif.h>
@@ -38,6 +39,9 @@
 #include <twobject/system.h>
 #include <twobject/tag.h>
 #include <twobject/template.h>
+#include <twobject/template_auth.h>
+#include <twobject/template_script.h>
+#include <twobject/template_users_groups.h>
 #include <twobject/user.h>
 
 #endif

@@ -7,16 +7,27 @@ from typing import NamedTuple
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 
-class Function(NamedTuple):
-    name: str
+class Declaration(NamedTuple):
+    name: str | None  # of the function that is declared
     line: int
-    documented: bool
+    statement: str  # as it is written
+    start: int  # where it begins in the text of the header
+    doc: re.Match | None  # the comment that documents it, by itself or with the group that it stands in
+
+    @property
+    def documented(self):
+        return self.doc is not None
 
 
 def public_headers(library):
     """The C headers of a library: "twobject", or the folder of a platform library such as "config"."""
     folder = ROOT / "include" if library == "twobject" else ROOT / "platform" / library / "include"
     return sorted(folder.rglob("*.h"))
+
+
+def include_folders():
+    """The folders that the names in #include lines begin at."""
+    return [ROOT / "include"] + sorted(ROOT.glob("platform/*/include"))
 
 
 def libraries():
@@ -39,28 +50,36 @@ FUNCTION_NAME = re.compile(r"(\w+)\s*\(")
 
 
 def functions(text):
+    """The functions that a C header declares."""
+    return [declaration for declaration in declarations(text) if declaration.name]
+
+
+def declarations(text):
     """
-    The functions that a C header declares. A function is documented by a comment directly above it, or directly
-    above the group that it stands in: declarations without a blank line between them.
+    What a C header declares. A declaration is documented by a doc block, a comment that begins with two stars,
+    directly above it or directly above the group that it stands in: declarations without a blank line between
+    them.
     """
     found = []
     statement = ""
     depth = 0
     line = 1
     start = 1
-    documented = False
+    begin = 0
+    doc = None
     for token in TOKEN.finditer(text):
         content = token.group()
         if token.lastgroup == "comment":
             if not statement.strip():
-                documented = not RULER.fullmatch(content)
+                doc = token if content.startswith("/**") else None
         elif token.lastgroup == "blank":
             if not statement.strip():
-                documented = False
+                doc = None
         elif token.lastgroup == "code":
             for offset, char in enumerate(content):
                 if not statement.strip():
                     start = line + content.count("\n", 0, offset)
+                    begin = token.start() + offset
                 statement += char
                 if char == "{":
                     if statement.split()[:2] == ["extern", '"C"']:
@@ -72,12 +91,23 @@ def functions(text):
                     if depth == 0 and statement.strip() == "}":
                         statement = ""
                 elif char == ";" and depth == 0:
-                    name = declared_function(statement)
-                    if name:
-                        found.append(Function(name, start, documented))
+                    found.append(Declaration(declared_function(statement), start, statement, begin, doc))
                     statement = ""
         line += content.count("\n")
     return found
+
+
+def outer_comments(text):
+    """The comments that stand between declarations, not within one."""
+    depth = 0
+    inside = False
+    for token in TOKEN.finditer(text):
+        if token.lastgroup == "code":
+            code = token.group().replace('extern "C" {', "")
+            depth = max(depth + code.count("{") - code.count("}"), 0)
+            inside = code.strip() != "" and not code.rstrip().endswith((";", "}")) or inside and not code.strip()
+        elif token.lastgroup == "comment" and depth == 0 and not inside:
+            yield token
 
 
 def declared_function(statement):

@@ -222,7 +222,7 @@ TW_API int32_t cfg_etag_get_version(const cfg_etag *etag) TW_NOEXCEPT;
 
 /* ---- Generic writers ---- */
 
-/*
+/**
  * Write one key of a map in the node's store. A NULL value deletes the key, which succeeds even when it is
  * absent. 1, or 0 when the node is NULL or the write fails.
  */

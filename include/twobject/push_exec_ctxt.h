@@ -37,7 +37,7 @@ typedef enum cfg_push_disconnected_behaviour {
   CFG_PUSH_DISCONNECTED_INVALID = 3 /**< no text; what NULL and any other text read as */
 } cfg_push_disconnected_behaviour;
 
-/* Texts are compared exactly; those of values are constants, NULL for a value without one. */
+/** Texts are compared exactly; those of values are constants, NULL for a value without one. */
 TW_API int32_t cfg_exec_ctxt_status_string_to_enum(const char *text) TW_NOEXCEPT;
 TW_API const char *cfg_exec_ctxt_status_enum_to_string(int32_t status) TW_NOEXCEPT;
 TW_API int32_t cfg_exec_ctxt_disconn_behaviour_string_to_enum(const char *text) TW_NOEXCEPT;

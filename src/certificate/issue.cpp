@@ -23,16 +23,11 @@ tw::bio_ptr build_blob_bio(cfg_elem *elem) noexcept {
   return buffer;
 }
 
-// Leaves no error of ours behind for whoever asks OpenSSL next on this thread.
-struct clean_error_queue {
-  ~clean_error_queue() { ERR_clear_error(); }
-};
-
 }  // namespace
 
 int cfg_certificate_generate(cfg_certificate *record) noexcept {
   if (!record) return 0;
-  const clean_error_queue at_exit;
+  const tw::clean_error_queue at_exit;
   cfg *store = record->cfg;
 
   const tw::bio_ptr key_pem = tw::new_buffer();

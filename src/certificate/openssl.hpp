@@ -1,43 +1,16 @@
-// Owners of OpenSSL objects, and the one way this folder logs.
+// What this folder does with OpenSSL's buffers and errors, and the one way it logs.
 #ifndef TW_CERTIFICATE_OPENSSL_HPP
 #define TW_CERTIFICATE_OPENSSL_HPP
 
-#include <openssl/bio.h>
-#include <openssl/err.h>
-#include <openssl/evp.h>
-#include <openssl/pem.h>
-#include <openssl/x509.h>
-#include <openssl/x509v3.h>
 #include <syslog.h>
 #include <twlog.h>
 
 #include <array>
-#include <memory>
 
 #include "record/assertion.hpp"
+#include "record/openssl.hpp"
 
 namespace tw {
-
-template <auto Free>
-struct freed_by {
-  template <class Object>
-  void operator()(Object *object) const noexcept {
-    Free(object);
-  }
-};
-inline void free_extensions(STACK_OF(X509_EXTENSION) * list) noexcept {
-  sk_X509_EXTENSION_pop_free(list, X509_EXTENSION_free);
-}
-
-using bio_ptr = std::unique_ptr<BIO, freed_by<BIO_free>>;
-using pkey_ptr = std::unique_ptr<EVP_PKEY, freed_by<EVP_PKEY_free>>;
-using pkey_ctx_ptr = std::unique_ptr<EVP_PKEY_CTX, freed_by<EVP_PKEY_CTX_free>>;
-using request_ptr = std::unique_ptr<X509_REQ, freed_by<X509_REQ_free>>;
-using x509_ptr = std::unique_ptr<X509, freed_by<X509_free>>;
-using extensions_ptr = std::unique_ptr<STACK_OF(X509_EXTENSION), freed_by<free_extensions>>;
-
-// A memory buffer that wipes its bytes when it grows and when it is freed: every PEM text goes through one.
-inline bio_ptr new_buffer() noexcept { return bio_ptr(BIO_new(BIO_s_secmem())); }
 
 struct bytes {
   const char *data;

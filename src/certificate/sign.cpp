@@ -16,9 +16,6 @@ constexpr int days_back = 1;  // nodes whose clocks are behind accept a new cert
 constexpr int days_valid = 3650;
 constexpr long version_3 = 2;
 
-// A password-protected CA key is unusable here: never ask a terminal for its password.
-int no_password(char *, int, int, void *) noexcept { return -1; }
-
 bool only_blanks(const char *chars) noexcept { return chars[std::strspn(chars, " \t\n\v\f\r")] == '\0'; }
 
 // The whole line must be one hexadecimal number of at most 64 bits, with white space around it.

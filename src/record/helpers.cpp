@@ -1,10 +1,6 @@
 #include "record/helpers.hpp"
 
-#include <openssl/asn1.h>
-#include <openssl/bio.h>
 #include <twconfig/store.h>
-
-#include <memory>
 
 namespace tw {
 
@@ -55,18 +51,6 @@ char *trim(char *chars) noexcept {
   while (length > 0 && std::strchr(blanks, chars[length - 1])) --length;
   chars[length] = '\0';
   return chars;
-}
-
-void time_to_string(const ASN1_TIME *time, char (&out)[time_text_size]) noexcept {
-  out[0] = '\0';
-  const std::unique_ptr<BIO, decltype(&BIO_free)> bio(BIO_new(BIO_s_mem()), BIO_free);
-  if (!bio || !ASN1_TIME_print(bio.get(), time)) return;
-  int filled = 0;
-  while (filled < static_cast<int>(time_text_size) - 1) {
-    const int got = BIO_gets(bio.get(), out + filled, static_cast<int>(time_text_size) - filled);
-    if (got <= 0) break;
-    filled += got;
-  }
 }
 
 }  // namespace tw

@@ -2,7 +2,6 @@
 #ifndef TW_RECORD_HELPERS_HPP
 #define TW_RECORD_HELPERS_HPP
 
-#include <openssl/types.h>
 #include <twconfig/element.h>
 
 #include "record/assertion.hpp"
@@ -48,10 +47,6 @@ int get_child_bool(cfg *store, cfg_elem *elem, const char *path, int32_t *out) n
 
 // Cuts white space from both ends, in place; the result points into `chars`.
 char *trim(char *chars) noexcept;
-
-// Prints a certificate time ("Jan  2 03:04:05 2026 GMT"); "" when it cannot be printed.
-inline constexpr size_t time_text_size = 128;
-void time_to_string(const ASN1_TIME *time, char (&out)[time_text_size]) noexcept;
 
 }  // namespace tw
 

@@ -1,66 +1,12 @@
-#include <dlfcn.h>
-#include <openssl/evp.h>
-#include <openssl/rsa.h>
-#include <openssl/x509.h>
-
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <utility>
 
 #include "allocation/cases.hpp"
-
-namespace {
-
-// A key that is generated once and then given to every request of the sweeps: generating allocates thousands
-// of times and never as often as the last time, so that what comes after it would be refused by chance only.
-RSA *ready_key = nullptr;
-
-template <class Function>
-Function *openssl(const char *name) {
-  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
-// OpenSSL 3.0 frees a part of what is to be signed, which is not its own, when memory runs out within the
-// signing: signing is one allocation here, and fails as a whole.
-template <class Signed>
-int sign(const char *name, Signed *what, EVP_PKEY *key, const EVP_MD *digest) {
-  const allocation::Granted granted;
-  return granted ? openssl<int(Signed *, EVP_PKEY *, const EVP_MD *)>(name)(what, key, digest) : 0;
-}
-
-}  // namespace
-
-// These stand in front of OpenSSL's own, for the program and its libraries.
-#pragma GCC visibility push(default)
-extern "C" {
-int EVP_PKEY_generate(EVP_PKEY_CTX *context, EVP_PKEY **key) {
-  if (ready_key && EVP_PKEY_CTX_is_a(context, "RSA")) return EVP_PKEY_set1_RSA(*key, ready_key);
-  return openssl<int(EVP_PKEY_CTX *, EVP_PKEY **)>("EVP_PKEY_generate")(context, key);
-}
-int X509_REQ_sign(X509_REQ *request, EVP_PKEY *key, const EVP_MD *digest) {
-  return sign("X509_REQ_sign", request, key, digest);
-}
-int X509_sign(X509 *certificate, EVP_PKEY *key, const EVP_MD *digest) {
-  return sign("X509_sign", certificate, key, digest);
-}
-}
-#pragma GCC visibility pop
+#include "allocation/ready_key.hpp"
 
 namespace allocation {
 namespace {
-
-class ReadyKey {
- public:
-  ReadyKey() {
-    EVP_PKEY *key = EVP_RSA_gen(2048);
-    ready_key = EVP_PKEY_get1_RSA(key);
-    EVP_PKEY_free(key);
-  }
-  ~ReadyKey() { RSA_free(std::exchange(ready_key, nullptr)); }
-  ReadyKey(const ReadyKey &) = delete;
-  ReadyKey &operator=(const ReadyKey &) = delete;
-};
 
 std::string serial(const World &w) {
   void *data = nullptr;
@@ -96,18 +42,6 @@ bool is_issued_anew(World &w, int done) {
   if (done) EXPECT_TRUE(is_issued(w.certificate));
   EXPECT_EQ(serial(w), done ? "1B\n" : "1A\n");
   return done == 1;
-}
-
-// OpenSSL allocates about ten thousand times to issue a certificate: of its allocations these are samples.
-// Those of the library and of the store are refused one by one.
-template <class Call, class Verdict>
-void issue(Call call, Verdict succeeded) {
-  const ReadyKey key;
-  warm_up(call, succeeded);
-  EXPECT_GT(sweep({Behind::granted, Whose::not_openssls}, call, succeeded), 5);
-  EXPECT_GT(sweep({Behind::refused, Whose::not_openssls}, call, succeeded), 5);
-  EXPECT_GT(sweep({Behind::granted, Whose::everybodys, [](long n) { return n + 11; }}, call, succeeded), 20);
-  EXPECT_GT(sweep({Behind::refused, Whose::everybodys, [](long n) { return n + 13; }}, call, succeeded), 20);
 }
 
 // The generation of the key itself. It tries numbers until two are prime, each with many allocations: nobody
@@ -191,7 +125,7 @@ constexpr auto kRecord = &World::certificate;
 const Case rows[] = {
     {"cfg_certificate_expire_now", revoke},
     {"cfg_certificate_free", release},
-    {"cfg_certificate_generate", [] { issue(call_generate, is_issued_anew); }},
+    {"cfg_certificate_generate", [] { sample_openssl(5, call_generate, is_issued_anew); }},
     {"cfg_certificate_get_cert",
      [] { text_getter(cfg_certificate_get_cert, kRecord, "node one's certificate"); }},
     {"cfg_certificate_get_common_name",
@@ -201,7 +135,7 @@ const Case rows[] = {
      [] { text_getter(cfg_certificate_get_private_key, kRecord, "node one's private key"); }},
     {"cfg_certificate_new",
      [] {
-       issue(call_new, is_new);
+       sample_openssl(5, call_new, is_new);
        make_with_a_key_of_its_own();
      }},
     {"cfg_certificate_save",

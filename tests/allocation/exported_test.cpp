@@ -14,6 +14,7 @@ std::vector<Case> all() {
   const std::span<const Case> families[] = {
       system_cases,
       certificate_cases,
+      https_cases,
       node_cases,
       node_runtime_cases,
       node_part_cases,
@@ -21,6 +22,8 @@ std::vector<Case> all() {
       enrollment_cases,
       tag_cases,
       template_cases,
+      template_data_cases,
+      users_groups_cases,
       role_cases,
       acl_cases,
       user_cases,

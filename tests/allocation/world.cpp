@@ -26,11 +26,12 @@ struct Authority {
   std::string key, certificate;
 };
 
-Authority make_authority() {
+// Gives the key away.
+Authority self_signed(EVP_PKEY *raw) {
   using key_ptr = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
   using x509_ptr = std::unique_ptr<X509, decltype(&X509_free)>;
   using bio_ptr = std::unique_ptr<BIO, decltype(&BIO_free)>;
-  const key_ptr key(EVP_EC_gen("P-256"), EVP_PKEY_free);
+  const key_ptr key(raw, EVP_PKEY_free);
   const x509_ptr certificate(X509_new(), X509_free);
   X509_set_version(certificate.get(), 2);
   X509_gmtime_adj(X509_getm_notBefore(certificate.get()), 0);
@@ -58,8 +59,10 @@ class Seed {
     const std::string value = bundle_tag();
     nodes(certificate, value);
     bundles(value, dummy_template());
+    templates();
     network();
     services();
+    https();
     smart_group();
     push();
     access();
@@ -122,7 +125,7 @@ class Seed {
     cfg_elem *services = map(cfg_root(store), "services");
     number(map(map(services, "fhvpn"), "server"), "mtu", 1400);
     cfg_elem *ca = map(services, "ca");
-    const Authority authority = make_authority();
+    const Authority authority = self_signed(EVP_EC_gen("P-256"));
     blob(ca, "key", authority.key);
     blob(ca, "certificate", authority.certificate);
     blob(ca, "serial", "1A\n");
@@ -282,6 +285,46 @@ class Seed {
     return id(dummy);
   }
 
+  cfg_elem *template_of(const char *type) {
+    cfg_elem *made = entry(cfg_get_by_path(store, "templates"));
+    text(made, "name", std::string("a template of type ") + type);
+    text(made, "template_type", type);
+    return made;
+  }
+
+  void templates() {
+    cfg_elem *users = template_of("users_groups");
+    text(users, "ug_operation_type", "user_add");
+    cfg_elem *user = entry(list(users, "ug_user_changes"));
+    for (const char *key : {"username", "description", "password"})
+      text(user, key, std::string("the user's ") + key);
+    number(user, "disabled", 1);
+    texts(user, "groups", "the group");
+
+    cfg_elem *groups = template_of("users_groups");
+    text(groups, "ug_operation_type", "group_add");
+    cfg_elem *group = entry(list(groups, "ug_group_changes"));
+    for (const char *key : {"groupname", "description"}) text(group, key, std::string("the group's ") + key);
+    texts(group, "roles", "the role");
+
+    cfg_elem *membership = template_of("users_groups");
+    text(membership, "ug_operation_type", "membership");
+    texts(membership, "ug_membership_users", "the user");
+    texts(membership, "ug_membership_groups", "the group");
+    number(membership, "ug_add_membership", 1);
+
+    cfg_elem *settings = template_of("auth");
+    text(settings, "auth_mode", "the template's mode");
+    cfg_elem *radius = map(settings, "radius");
+    text(radius, "password", "the template's password");
+    text(entry(list(radius, "accountingServers")), "hostname", "server.example");
+
+    cfg_elem *script = template_of("script");
+    blob(script, "script", "the template's script");
+    text(script, "script_checksum", "the template's checksum");
+    number(script, "script_timeout", 60);
+  }
+
   void bundles(const std::string &tag_value, const std::string &dummy) {
     cfg_elem *enrollment = map(cfg_root(store), "enrollment");
     text(enrollment, "request_token", "the request token");
@@ -404,6 +447,21 @@ class Seed {
     check(cfg_map_set_bool(store, flag, "is_set", 1));
   }
 
+  void https() {
+    cfg_elem *https = map(cfg_get_by_path(store, "services"), "https");
+    const Authority web_server = self_signed(EVP_RSA_gen(512));  // quickly made: every test makes one
+    blob(https, "certificate", web_server.certificate);
+    blob(https, "private_key", web_server.key);
+    cfg_elem *csr = map(https, "csr");
+    for (const char *key :
+         {"common_name", "org_unit", "organization", "locality", "state", "email", "challenge_password"})
+      text(csr, key, key);
+    text(csr, "country", "NZ");
+    blob(csr, "private_key", "private_key");
+    blob(csr, "csr", "csr");
+    number(csr, "key_length", 2048);
+  }
+
   void push() {
     cfg_elem *push = entry(list(cfg_root(store), "cfg_push_exec_ctxts"));
     text(push, "username", "alice of the night shift, the second of that name");
@@ -483,12 +541,20 @@ World::World()
       enrollment(cfg_enrollment_get_by_id(store, kTarnwell)),
       generic_enrollment(cfg_enrollment_get_by_id(store, kGeneric)),
       certificate(cfg_get_certificate_by_id(store, kCertificate)),
+      csr(cfg_get_https_csr(store)),
       tags(cfg_get_tag_list(store, CFG_TAG_NODE)),
       tag(cfg_get_tag_by_id(store, kTag)),
       tag_value(cfg_get_tag_value_by_id(store, kTagValue)),
       group(cfg_smartgroup_get_by_id(store, "nodes", kSmartGroup)),
       templates(cfg_template_list_new(store)),
       dummy(cfg_template_get_by_id(store, kTemplate)),
+      users_template(cfg_template_get_by_id(store, kUsersTemplate)),
+      user_operation(cfg_ugt_get_user_operation(users_template, 0)),
+      groups_template(cfg_template_get_by_id(store, kGroupsTemplate)),
+      group_operation(cfg_ugt_get_group_operation(groups_template, 0)),
+      membership_template(cfg_template_get_by_id(store, kMembershipTemplate)),
+      auth_template(cfg_template_get_by_id(store, kAuthTemplate)),
+      script_template(cfg_template_get_by_id(store, kScriptTemplate)),
       bundles(cfg_bundle_list_new(store)),
       bundle(cfg_bundle_get_by_id(store, kBundle)),
       ethernet(cfg_get_net_physif_by_id(store, kEthernet)),
@@ -509,10 +575,11 @@ World::World()
       user_group(cfg_group_get_by_id(store, kUserGroup)),
       auth(cfg_get_auth(store)),
       server(cfg_auth_get_radiusAuthenticationServer(auth, 0)) {
-  if (!store || !node || !generic || !port || !enrollment || !generic_enrollment || !certificate || !tags ||
-      !tag || !tag_value || !group || !templates || !dummy || !bundles || !bundle || !ethernet || !wireless ||
-      !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag || !push || !push_node || !pushes ||
-      !role || !acl || !user || !stranger || !user_group || !auth || !server)
+  if (!store || !node || !generic || !port || !enrollment || !generic_enrollment || !certificate || !csr ||
+      !tags || !tag || !tag_value || !group || !templates || !dummy || !user_operation || !group_operation ||
+      !membership_template || !auth_template || !script_template || !bundles || !bundle || !ethernet ||
+      !wireless || !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag || !push ||
+      !push_node || !pushes || !role || !acl || !user || !stranger || !user_group || !auth || !server)
     throw std::runtime_error("the store of the test cannot be read");
 }
 
@@ -523,12 +590,16 @@ World::~World() {
   cfg_enrollment_free(enrollment);
   cfg_enrollment_free(generic_enrollment);
   free_whole(certificate);
+  cfg_csr_free(csr);
   free_whole(tags);
   free_whole(tag);
   cfg_tag_value_free(tag_value);
   cfg_smartgroup_free(group);
   cfg_template_list_free(templates);
   free_whole(dummy);
+  for (cfg_template *record :
+       {users_template, groups_template, membership_template, auth_template, script_template})
+    if (record) free_whole(record);
   cfg_role_free(role);
   cfg_acl_free(acl);
   cfg_user_free(user);
@@ -580,10 +651,17 @@ void free_whole(cfg_tag_list *tags) {
 }
 
 void free_whole(cfg_template *record) {
-  const char *left[] = {cfg_template_get_uuid(record), cfg_template_get_description(record),
-                        cfg_dummy_template_get_dummy_field(record)};
+  const void *left[] = {cfg_template_get_uuid(record), cfg_template_get_description(record),
+                        cfg_dummy_template_get_dummy_field(record), cfg_script_template_get_script(record),
+                        cfg_script_template_get_checksum(record)};
+  cfg_auth *auth = cfg_template_get_auth(record);
+  cfg_ugt_clear_user_operations(record);
+  cfg_ugt_clear_group_operations(record);
+  cfg_ugt_clear_membership_users(record);
+  cfg_ugt_clear_membership_groups(record);
   cfg_template_free(record);
-  for (const char *text : left) std::free(const_cast<char *>(text));
+  cfg_auth_free(auth);
+  for (const void *block : left) std::free(const_cast<void *>(block));
 }
 
 }  // namespace allocation

@@ -65,7 +65,7 @@ class Layout(unittest.TestCase):
             self.assertIn(file, self.files)
         for file in ("lib/systemd/system/searchd.service", "lib/systemd/system/unenrolld.service",
                      "lib/sysusers.d/twobject.conf", "lib/tmpfiles.d/twobject.conf",
-                     "share/bash-completion/completions/twctl"):
+                     "share/bash-completion/completions/twctl", "share/man/man1/twctl.1"):
             self.assertIn(file, self.files)
 
     def test_each_library_has_a_pkg_config_file(self):

@@ -1,7 +1,5 @@
 #include "record/helpers.hpp"
 
-#include <openssl/asn1.h>
-
 #include "kit/fixture.hpp"
 
 namespace {
@@ -67,21 +65,6 @@ TEST(Trim, KeepsInnerBlanksAndEmptiesBlankText) {
   EXPECT_STREQ("", tw::trim(blank));
   char empty[] = "";
   EXPECT_STREQ("", tw::trim(empty));
-}
-
-TEST(TimeToString, PrintsMonthPaddedDayTimeYearAndZone) {
-  const std::unique_ptr<ASN1_TIME, decltype(&ASN1_TIME_free)> time(ASN1_TIME_set(nullptr, 1767323045),
-                                                                   ASN1_TIME_free);
-  char out[tw::time_text_size];
-  tw::time_to_string(time.get(), out);
-  EXPECT_STREQ("Jan  2 03:04:05 2026 GMT", out);
-}
-
-TEST(TimeToString, OfATimeThatCannotBePrintedIsShort) {
-  const std::unique_ptr<ASN1_TIME, decltype(&ASN1_TIME_free)> time(ASN1_TIME_new(), ASN1_TIME_free);
-  char out[tw::time_text_size] = "old";
-  tw::time_to_string(time.get(), out);
-  EXPECT_STRNE("old", out);
 }
 
 class Helpers : public kit::StoreTest {};

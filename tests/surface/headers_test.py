@@ -58,17 +58,20 @@ class DocumentedFunctions(unittest.TestCase):
     def found(self, text):
         return [(function.name, function.documented) for function in headers.functions(text)]
 
-    def test_a_comment_directly_above_documents_a_function(self):
+    def test_a_doc_block_directly_above_documents_a_function(self):
         self.assertEqual(self.found("/** Doc. */\nAPI int f(int a);\n"), [("f", True)])
 
-    def test_a_comment_documents_the_whole_group_below_it(self):
+    def test_a_doc_block_documents_the_whole_group_below_it(self):
         self.assertEqual(self.found("/** Doc. */\nAPI int f(void);\nAPI int g(void);\n"),
                          [("f", True), ("g", True)])
 
-    def test_a_blank_line_ends_what_a_comment_documents(self):
+    def test_a_blank_line_ends_what_a_doc_block_documents(self):
         self.assertEqual(self.found("/** Doc. */\nAPI int f(void);\n\nAPI int g(void);\n"),
                          [("f", True), ("g", False)])
         self.assertEqual(self.found("/** Doc. */\n\nAPI int f(void);\n"), [("f", False)])
+
+    def test_a_remark_documents_nothing(self):
+        self.assertEqual(self.found("/* Remark. */\nAPI int f(void);\n"), [("f", False)])
 
     def test_a_ruler_documents_nothing(self):
         self.assertEqual(self.found("/* ---- Lists ---- */\nAPI int f(void);\n"), [("f", False)])

@@ -7,6 +7,7 @@
 
 #include "commands.hpp"
 #include "failure.hpp"
+#include "manual.hpp"
 #include "output.hpp"
 #include "text.hpp"
 
@@ -101,6 +102,7 @@ int main(int argc, char **argv) {
   CLI::App program("The appliance's configuration from the command line.", "twctl");
   program.footer(footer);
   program.set_version_flag("--version", "twctl " TWCTL_VERSION);
+  add_manual(program, "twctl " TWCTL_VERSION);
   program.require_subcommand(1);
   add_options(program, opts);
   for (auto add : {add_init,      add_system,   add_net,    add_ntp,      add_console_gateway,

@@ -68,7 +68,7 @@ TWBEANSTALK_API int bs_ignore(bs_connection *connection, const char *tube) TWBEA
 
 /** A reserved job. */
 typedef struct bs_job {
-  int64_t id;
+  int64_t id;    /**< its number */
   char *body;    /**< a heap copy with a NUL behind its `length` bytes (not counted), freed by the caller */
   size_t length; /**< in bytes */
 } bs_job;

@@ -62,9 +62,9 @@ TWINFOD_API void infod_get_multiple_end(infod_multiple *multiple) TWINFOD_NOEXCE
 
 /** One value; the strings are borrowed for the length of the call. */
 typedef struct infod_value {
-  const char *key, *text;
-  int32_t kind;
-  int64_t time_ms;
+  const char *key, *text; /**< what was published, and under which key */
+  int32_t kind;           /**< the publisher's number for it */
+  int64_t time_ms;        /**< when, in milliseconds since the epoch */
 } infod_value;
 /** Answers other than 0 to end the visit. */
 typedef int (*infod_visitor)(void *context, const infod_value *value);

@@ -17,7 +17,7 @@ enum {
   CFG_OP_ABSENT = 11    /**< without a value: holds when the key is absent */
 };
 
-/*
+/**
  * The key of a condition is a dotted path below the entry that is tested. The makers copy their arguments.
  * They return NULL for a NULL key or value, an operator that does not fit, or no memory.
  */

@@ -68,7 +68,7 @@ CFG_API cfg_elem *cfg_set_list(cfg *store, cfg_elem *list) CFG_NOEXCEPT;
 
 /* ---- Maps ---- */
 
-/* Readers fail when the key is absent or of another kind. */
+/** Readers fail when the key is absent or of another kind. */
 CFG_API int cfg_map_get_string(cfg *store, cfg_elem *map, const char *key, char **out) CFG_NOEXCEPT;
 CFG_API int cfg_map_get_int(cfg *store, cfg_elem *map, const char *key, int32_t *out) CFG_NOEXCEPT;
 /** Writes 0 or 1. */
@@ -78,7 +78,7 @@ CFG_API int cfg_map_get_blob(cfg *store, cfg_elem *map, const char *key, void **
                              size_t *length) CFG_NOEXCEPT;
 CFG_API int cfg_map_get_reference(cfg *store, cfg_elem *map, const char *key, char **id) CFG_NOEXCEPT;
 
-/* Writers create or replace the key, whatever kind it had. A NULL value fails. */
+/** Writers create or replace the key, whatever kind it had. A NULL value fails. */
 CFG_API int cfg_map_set_string(cfg *store, cfg_elem *map, const char *key, const char *value) CFG_NOEXCEPT;
 CFG_API int cfg_map_set_int(cfg *store, cfg_elem *map, const char *key, int32_t value) CFG_NOEXCEPT;
 CFG_API int cfg_map_set_bool(cfg *store, cfg_elem *map, const char *key, int32_t value) CFG_NOEXCEPT;
@@ -95,13 +95,13 @@ CFG_API int cfg_add_mapelem(cfg *store, cfg_elem *map, const char *key, cfg_elem
 
 /* ---- Creating and changing ---- */
 
-/* New elements are empty and attached nowhere; one that is never attached is gone after commit or abandon. */
+/** A new element, empty and attached nowhere; one that is never attached is gone after commit or abandon. */
 CFG_API cfg_elem *cfg_new_map(cfg *store) CFG_NOEXCEPT;
 CFG_API cfg_elem *cfg_new_list(cfg *store) CFG_NOEXCEPT;
 CFG_API cfg_elem *cfg_new_string(cfg *store, const char *value) CFG_NOEXCEPT;
 CFG_API cfg_elem *cfg_new_reference(cfg *store, const char *id) CFG_NOEXCEPT;
 
-/* Replace the value of an element of that kind. */
+/** Replace the value of an element of that kind. */
 CFG_API int cfg_set_string(cfg *store, cfg_elem *elem, const char *value) CFG_NOEXCEPT;
 CFG_API int cfg_set_blob(cfg *store, cfg_elem *elem, const void *data, size_t length) CFG_NOEXCEPT;
 CFG_API int cfg_set_reference(cfg *store, cfg_elem *elem, const char *id) CFG_NOEXCEPT;
@@ -110,7 +110,7 @@ CFG_API int cfg_delete_element(cfg *store, cfg_elem *elem) CFG_NOEXCEPT;
 
 /* ---- Reading scalar elements ---- */
 
-/* Readers fail when the element is NULL, gone or of another kind. */
+/** Readers fail when the element is NULL, gone or of another kind. */
 CFG_API int cfg_string_value(cfg_elem *elem, char **out) CFG_NOEXCEPT;
 CFG_API int cfg_int_value(cfg_elem *elem, int32_t *out) CFG_NOEXCEPT;
 CFG_API int cfg_bool_value(cfg_elem *elem, int32_t *out) CFG_NOEXCEPT;

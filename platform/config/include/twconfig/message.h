@@ -30,7 +30,7 @@ CFG_API const char *cfg_message_get_arg(const cfg_message *message, int32_t inde
 /** The message in words; borrowed, never NULL for a message. */
 CFG_API const char *cfg_message_get_text(const cfg_message *message) CFG_NOEXCEPT;
 
-/* Add a message to the edit. 1 or 0. The messages are dropped by commit and abandon. */
+/** Add a message to the edit. 1 or 0. The messages are dropped by commit and abandon. */
 CFG_API int cfg_message_add_unexpected(cfg *store, const char *file, int32_t line) CFG_NOEXCEPT;
 CFG_API int cfg_message_add_bad_key(cfg *store) CFG_NOEXCEPT;
 CFG_API int cfg_message_add_csr_generate_failed(cfg *store) CFG_NOEXCEPT;

@@ -25,7 +25,7 @@ typedef struct cfg_value {
  */
 typedef struct cfg_keyset {
   const char *const *keys; /**< keys, taken literally */
-  size_t count;
+  size_t count;            /**< how many */
 } cfg_keyset;
 
 /** Reads all keys of a set from a map into `values` (room for set->count). 0 when `map` is no map. */

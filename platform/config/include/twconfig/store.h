@@ -38,8 +38,8 @@ typedef enum cfg_advice {
 
 /** Where a call that has no handle yet (cfg_open) reports its failure. Owned by the caller. */
 typedef struct cfg_failure {
-  cfg_code code;
-  char text[512];
+  cfg_code code;  /**< why */
+  char text[512]; /**< the same in words */
 } cfg_failure;
 
 /** Options of cfg_open(), or-ed together. */
@@ -131,9 +131,9 @@ CFG_API int cfg_visit_changes(cfg *store, cfg_change_visitor visit, void *contex
 
 /** One commit of the log. Strings are borrowed for the length of the callback. */
 typedef struct cfg_commit_info {
-  uint64_t revision;
-  int64_t time_ms; /**< milliseconds since the epoch */
-  const char *who, *why, *token;
+  uint64_t revision;             /**< that it made */
+  int64_t time_ms;               /**< milliseconds since the epoch */
+  const char *who, *why, *token; /**< its note; "" for what it lacks */
 } cfg_commit_info;
 typedef int (*cfg_commit_visitor)(void *context, const cfg_commit_info *commit);
 
@@ -149,21 +149,21 @@ CFG_API int cfg_find_commit(cfg *store, const char *token, uint64_t *revision) C
 
 /** Sizes and readers of the store. */
 typedef struct cfg_reader_info {
-  int64_t pid;
+  int64_t pid;       /**< its process */
   uint64_t revision; /**< the snapshot it holds */
   int64_t age_ms; /**< how long it has held it; for a reader in another process, how long ago its snapshot was
                        replaced by a newer revision (0: it reads the newest; -1: longer than the log tells) */
 } cfg_reader_info;
 typedef struct cfg_status_info {
-  const char *engine;    /**< "lmdb" or "memory" */
-  uint64_t revision;     /**< newest revision */
-  uint64_t records;      /**< stored values */
-  uint64_t used_bytes;   /**< bytes in use by them */
-  uint64_t file_bytes;   /**< size of the data file */
-  uint64_t map_bytes;    /**< address space reserved */
-  uint64_t oldest_log;   /**< oldest revision kept in the commit log */
-  uint32_t reader_count; /**< entries in `readers` */
-  cfg_reader_info readers[64];
+  const char *engine;          /**< "lmdb" or "memory" */
+  uint64_t revision;           /**< newest revision */
+  uint64_t records;            /**< stored values */
+  uint64_t used_bytes;         /**< bytes in use by them */
+  uint64_t file_bytes;         /**< size of the data file */
+  uint64_t map_bytes;          /**< address space reserved */
+  uint64_t oldest_log;         /**< oldest revision kept in the commit log */
+  uint32_t reader_count;       /**< entries in `readers` */
+  cfg_reader_info readers[64]; /**< the first of those that hold a snapshot */
 } cfg_status_info;
 CFG_API int cfg_status(cfg *store, cfg_status_info *out) CFG_NOEXCEPT;
 
