@@ -56,7 +56,7 @@ void add_auth(CLI::App &program, const options &opts) {
   add_auth_secrets(verb, arguments->secrets);
   verb->callback([&opts, arguments] { set(opts, *arguments); });
 
-  add_auth_server(noun, opts);
+  add_auth_server(noun, opts, false);
 }
 
 }  // namespace twctl

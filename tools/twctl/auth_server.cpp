@@ -1,8 +1,10 @@
-// twctl auth server: the servers that are asked whether a login is right.
+// twctl auth server and twctl template server: the servers that are asked whether a login is right, those of
+// the appliance and those of a template.
 #include <fmt/format.h>
 
 #include "commands.hpp"
 #include "fields.hpp"
+#include "templates.hpp"
 #include "text.hpp"
 
 namespace twctl {
@@ -42,10 +44,32 @@ const server_kind &kind_named(const std::string &name) {
   throw failure(exit_code::usage, fmt::format("there is no kind '{}'", printable(name)));
 }
 
-auth_record settings(cfg *store) {
-  auth_record auth(cfg_get_auth(store));
-  if (!auth) throw failure(exit_code::not_found, "the store has no map 'auth'", "", "'twctl init' makes it");
-  return auth;
+/// Settings, and the map in the store that they stand in.
+struct place {
+  auth_record own;          ///< the appliance's settings, or
+  template_record carrier;  ///< the template that has others
+  cfg_auth *auth = nullptr;
+  cfg_elem *map = nullptr;
+};
+
+/// The settings of the template that is named, or the appliance's own.
+place find_place(cfg *store, const std::string &carrier) {
+  place found;
+  if (carrier.empty()) {
+    found.own.reset(cfg_get_auth(store));
+    found.auth = found.own.get();
+    found.map = cfg_get_by_path(store, "auth");
+    if (!found.auth)
+      throw failure(exit_code::not_found, "the store has no map 'auth'", "", "'twctl init' makes it");
+  } else {
+    found.carrier = find_template(store, carrier);
+    found.auth = cfg_template_get_auth(found.carrier.get());
+    found.map = cfg_get_by_id(store, cfg_template_get_uuid(found.carrier.get()));
+    if (!found.auth)
+      throw failure(exit_code::invalid_input,
+                    fmt::format("'{}' is no template of authentication settings", printable(carrier)));
+  }
+  return found;
 }
 
 /// A server of a kind by its ID or host name; empty when there is none.
@@ -72,14 +96,14 @@ void require_new(const cfg_auth *auth, const server_kind &kind, const std::strin
 /// The port that an assignment gives; 0, which stands for none, for nothing.
 int32_t port_of(const std::string &text) { return text.empty() ? 0 : require_number(text, "port", 1, 65535); }
 
-void list(const options &opts, const std::string &only) {
+void list(const options &opts, const std::string &carrier, const std::string &only) {
   session work(opts, session::access::read);
-  auth_record auth = settings(work.store());
+  place where = find_place(work.store(), carrier);
   listing result("servers", {{"id", "ID"}, {"kind", "KIND"}, {"hostname", "HOST"}, {"port", "PORT", true}});
   for (const server_kind &kind : kinds) {
     if (!only.empty() && only != kind.name) continue;
-    for (int32_t i = 0; i < kind.count(auth.get()); i++) {
-      auth_server_record one(kind.get(auth.get(), i));
+    for (int32_t i = 0; i < kind.count(where.auth); i++) {
+      auth_server_record one(kind.get(where.auth, i));
       if (!one) throw store_failure(work.store(), "cannot read a server");
       result.add({cell_of(cfg_auth_get_server_uuid(one.get())), cell_of(kind.name),
                   cell_of(cfg_auth_get_server_hostname(one.get())),
@@ -90,18 +114,17 @@ void list(const options &opts, const std::string &only) {
 }
 
 struct change_arguments {
-  std::string kind, reference;
+  std::string carrier, kind, reference;
   std::vector<std::string> assignments;
 };
 
 /// The map that holds a kind's list; one that is missing is made.
-cfg_elem *parent_of(cfg *store, const server_kind &kind) {
-  cfg_elem *auth = cfg_get_by_path(store, "auth");
-  cfg_elem *parent = cfg_simple_get_mapelem(store, auth, kind.parent);
+cfg_elem *parent_of(cfg *store, cfg_elem *map, const server_kind &kind) {
+  cfg_elem *parent = cfg_simple_get_mapelem(store, map, kind.parent);
   if (parent) return parent;
   parent = cfg_new_map(store);
-  if (!cfg_add_mapelem(store, auth, kind.parent, parent))
-    throw store_failure(store, fmt::format("cannot add 'auth.{}'", kind.parent));
+  if (!cfg_add_mapelem(store, map, kind.parent, parent))
+    throw store_failure(store, fmt::format("cannot add the map '{}'", kind.parent));
   return parent;
 }
 
@@ -109,10 +132,10 @@ void add(const options &opts, const change_arguments &arguments) {
   auto values = read_assignments(arguments.assignments, {"port"}, true);
   const server_kind &kind = kind_named(arguments.kind);
   session work(opts, session::access::write);
-  auth_record auth = settings(work.store());
-  require_new(auth.get(), kind, arguments.reference);
+  place where = find_place(work.store(), arguments.carrier);
+  require_new(where.auth, kind, arguments.reference);
   int32_t port = port_of(values["port"]);
-  if (!cfg_auth_create_server(auth.get(), parent_of(work.store(), kind), kind.list,
+  if (!cfg_auth_create_server(where.auth, parent_of(work.store(), where.map, kind), kind.list,
                               arguments.reference.c_str(), port, port == 0))
     throw store_failure(work.store(), "cannot add the server");
   finish_entry(work, "", arguments.reference, "Added");
@@ -122,11 +145,11 @@ void set(const options &opts, const change_arguments &arguments) {
   auto values = read_assignments(arguments.assignments, {"hostname", "port"});
   const server_kind &kind = kind_named(arguments.kind);
   session work(opts, session::access::write);
-  auth_record auth = settings(work.store());
-  auth_server_record one = find_server(auth.get(), kind, arguments.reference);
+  place where = find_place(work.store(), arguments.carrier);
+  auth_server_record one = find_server(where.auth, kind, arguments.reference);
   if (auto name = values.find("hostname"); name != values.end()) {
     if (name->second != view(cfg_auth_get_server_hostname(one.get())))
-      require_new(auth.get(), kind, name->second);
+      require_new(where.auth, kind, name->second);
     require_set(cfg_auth_set_server_hostname(one.get(), name->second.c_str()), "hostname");
   }
   if (auto port = values.find("port"); port != values.end())
@@ -138,8 +161,8 @@ void set(const options &opts, const change_arguments &arguments) {
 
 void remove(const options &opts, const change_arguments &arguments) {
   session work(opts, session::access::write);
-  auth_record auth = settings(work.store());
-  auth_server_record one = find_server(auth.get(), kind_named(arguments.kind), arguments.reference);
+  place where = find_place(work.store(), arguments.carrier);
+  auth_server_record one = find_server(where.auth, kind_named(arguments.kind), arguments.reference);
   std::string id = cfg_auth_get_server_uuid(one.get());
   std::string name(view(cfg_auth_get_server_hostname(one.get())));
   confirm_delete(opts, fmt::format("the {} server '{}'", arguments.kind, name));
@@ -149,36 +172,47 @@ void remove(const options &opts, const change_arguments &arguments) {
 
 }  // namespace
 
-void add_auth_server(CLI::App *auth, const options &opts) {
-  CLI::App *noun = auth->add_subcommand("server", "The servers that are asked");
+void add_auth_server(CLI::App *parent, const options &opts, bool in_template) {
+  CLI::App *noun = parent->add_subcommand("server", "The servers that are asked");
   noun->require_subcommand(1);
   constexpr const char *what_a_server_is = "ID or host name of a server";
   CLI::IsMember is_kind(kind_names());
+  std::string command =
+      in_template ? "  twctl template server {} 'Branch logins' " : "  twctl auth server {} ";
+  auto example = [&](const char *verb, const char *arguments) {
+    return fmt::format(fmt::runtime(command), verb) + arguments;
+  };
+  auto arguments = std::make_shared<change_arguments>();
+  auto begin = [&](const char *name, const char *what, const std::string &examples) {
+    CLI::App *verb = add_verb(noun, name, what, examples);
+    if (in_template)
+      verb->add_option("template", arguments->carrier, "ID or name of a template of the kind auth")
+          ->required();
+    return verb;
+  };
 
   auto only = std::make_shared<std::string>();
-  CLI::App *verb = add_verb(noun, "list", "List servers",
-                            "  twctl auth server list\n  twctl auth server list --kind ldap -o json");
+  CLI::App *verb =
+      begin("list", "List servers", example("list", "\n") + example("list", "--kind ldap -o json"));
   verb->add_option("--kind", *only, "Only these")->check(is_kind);
-  verb->callback([&opts, only] { list(opts, *only); });
+  verb->callback([&opts, arguments, only] { list(opts, arguments->carrier, *only); });
 
-  auto arguments = std::make_shared<change_arguments>();
-  verb = add_verb(noun, "add", "Add a server",
-                  "  twctl auth server add radius 10.0.0.9\n"
-                  "  twctl auth server add ldap ldap.example port=636");
+  verb = begin("add", "Add a server",
+               example("add", "radius 10.0.0.9\n") + example("add", "ldap ldap.example port=636"));
   verb->add_option("kind", arguments->kind, "What it is asked for")->required()->check(is_kind);
   verb->add_option("hostname", arguments->reference, "IP address or host name")->required();
   verb->add_option("assignments", arguments->assignments, "port=PORT");
   verb->callback([&opts, arguments] { add(opts, *arguments); });
 
-  verb = add_verb(noun, "set", "Change a server",
-                  "  twctl auth server set ldap ldap.example hostname=ldap2.example port=\n"
-                  "\nFields: hostname, port");
+  verb =
+      begin("set", "Change a server",
+            example("set", "ldap ldap.example hostname=ldap2.example port=\n") + "\nFields: hostname, port");
   verb->add_option("kind", arguments->kind, "What it is asked for")->required()->check(is_kind);
   verb->add_option("server", arguments->reference, what_a_server_is)->required();
   verb->add_option("assignments", arguments->assignments, "FIELD=VALUE ...")->required();
   verb->callback([&opts, arguments] { set(opts, *arguments); });
 
-  verb = add_verb(noun, "delete", "Delete a server", "  twctl auth server delete radius 10.0.0.9 --yes");
+  verb = begin("delete", "Delete a server", example("delete", "radius 10.0.0.9 --yes"));
   verb->add_option("kind", arguments->kind, "What it is asked for")->required()->check(is_kind);
   verb->add_option("server", arguments->reference, what_a_server_is)->required();
   verb->callback([&opts, arguments] { remove(opts, *arguments); });

@@ -45,13 +45,13 @@ std::string role_of(const cfg_group *group) {
 /// The name of the smart group that limits the group's role; one that is gone reads as its ID.
 cell smart_group_of(cfg *store, const cfg_group *group) {
   std::string id = is_limited(group) ? take(cfg_group_get_smart_group(group)) : std::string();
-  smart_group_record one(cfg_smartgroup_get_by_id(store, "nodes", id.c_str()));
+  smartgroup_record one(cfg_smartgroup_get_by_id(store, "nodes", id.c_str()));
   return one ? cell_of(cfg_smartgroup_get_name(one.get())) : unless_empty(id);
 }
 
 /// The ID of a smart group by its ID or name.
 std::string find_smart_group(cfg *store, const std::string &reference) {
-  smart_group_record one;
+  smartgroup_record one;
   if (reference.starts_with("smart_groups_nodes_groups-"))
     one.reset(cfg_smartgroup_get_by_id(store, "nodes", reference.c_str()));
   if (!one) one.reset(cfg_smartgroup_get_by_name(store, "nodes", reference.c_str()));
@@ -71,7 +71,7 @@ void list(const options &opts) {
   for (int32_t i = 0; i < cfg_group_list_count(all.get()); i++) {
     group_record one(cfg_group_list_get_group(all.get(), i));
     if (!one) throw store_failure(work.store(), "cannot read a group");
-    member_list members(cfg_group_member_list_new(one.get()));
+    group_member_list members(cfg_group_member_list_new(one.get()));
     result.add({cell_of(cfg_group_get_uuid(one.get())), cell_of(cfg_group_get_groupname(one.get())),
                 cfg_group_get_enabled(one.get()) != 0, cell_of(cfg_group_get_mode(one.get())),
                 unless_empty(role_of(one.get())), smart_group_of(work.store(), one.get()),
@@ -87,7 +87,7 @@ void show(const options &opts, const std::string &reference) {
   show_fields(result, fields, one.get());
   result.add("role", "Role", unless_empty(role_of(one.get())));
   result.add("smart_group", "Smart group", smart_group_of(work.store(), one.get()));
-  member_list members(cfg_group_member_list_new(one.get()));
+  group_member_list members(cfg_group_member_list_new(one.get()));
   // By name: the stored order turns round with every save.
   std::set<std::string> names;
   for (int32_t i = 0; i < cfg_group_get_member_count(members.get()); i++)

@@ -81,10 +81,14 @@ using user_record = std::unique_ptr<cfg_user, releaser<cfg_user_free>>;
 using user_list = std::unique_ptr<cfg_user_list, releaser<cfg_user_list_free>>;
 using group_record = std::unique_ptr<cfg_group, releaser<cfg_group_free>>;
 using group_list = std::unique_ptr<cfg_group_list, releaser<cfg_group_list_free>>;
-using member_list = std::unique_ptr<cfg_group_member_list, releaser<cfg_group_member_list_free>>;
-using smart_group_record = std::unique_ptr<cfg_smartgroup, releaser<cfg_smartgroup_free>>;
+using group_member_list = std::unique_ptr<cfg_group_member_list, releaser<cfg_group_member_list_free>>;
+using smartgroup_record = std::unique_ptr<cfg_smartgroup, releaser<cfg_smartgroup_free>>;
 using auth_record = std::unique_ptr<cfg_auth, releaser<cfg_auth_free>>;
 using auth_server_record = std::unique_ptr<cfg_auth_server, releaser<cfg_auth_server_free>>;
+using push_record = std::unique_ptr<cfg_push_exec_ctxt, releaser<cfg_push_exec_ctxt_free>>;
+using push_list = std::unique_ptr<cfg_push_exec_ctxt_list, releaser<cfg_push_exec_ctxt_list_free>>;
+using push_node_record = std::unique_ptr<cfg_push_node_ctxt, releaser<cfg_push_node_ctxt_free>>;
+using message_record = std::unique_ptr<cfg_message, releaser<cfg_message_free>>;
 using condition_tree = std::unique_ptr<cfg_condition, releaser<cfg_free_conditions>>;
 using json_value = std::unique_ptr<json_t, releaser<release_json>>;
 
