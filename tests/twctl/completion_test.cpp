@@ -28,6 +28,11 @@ TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
   EXPECT_EQ(offers({"no"}), "node");
   EXPECT_EQ(offers({"tag", "value", "re"}), "rename");
   EXPECT_EQ(offers({"net", "end"}), "endpoint");
+  EXPECT_EQ(offers({"push", "message", "last", "--kind", "e"}), "error");
+  EXPECT_EQ(offers({"template", "server", "add", "Logins", "l"}), "ldap");
+  EXPECT_EQ(offers({"user", "set", "ada", "--remove-group", "day", "en"}), "enabled=");
+  EXPECT_EQ(offers({"auth", "server", "add", "ra"}), "radius radius-accounting");
+  EXPECT_EQ(offers({"auth", "server", "list", "--kind", "l"}), "ldap");
   EXPECT_EQ(offers({"net", "endpoint", "de"}), "delete");
   EXPECT_EQ(offers({"net", "conn", "set", "default-conn-1", "ad"}), "address=");
   EXPECT_EQ(offers({"template", "create", "T", "--kind", "p"}), "ports");
@@ -43,7 +48,15 @@ TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
 }
 
 TEST_F(TwctlCompletion, EveryOptionOfEveryVerbIsOffered) {
-  const std::vector<arguments> verbs = {{"net", "physif", "list"},
+  const std::vector<arguments> verbs = {{"push", "create"},
+                                        {"push", "set"},
+                                        {"push", "status"},
+                                        {"push", "message"},
+                                        {"template", "server", "list"},
+                                        {"template", "change", "user"},
+                                        {"template", "change", "group"},
+                                        {"template", "change", "membership"},
+                                        {"net", "physif", "list"},
                                         {"net", "physif", "show"},
                                         {"net", "physif", "set"},
                                         {"net", "conn", "list"},
