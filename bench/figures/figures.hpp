@@ -33,6 +33,8 @@ std::string measure_commits(const Settings &settings, Table &table);
 void measure_imports(const Settings &settings, Table &table);
 // All users by their list, and saves of users and groups as they grow.
 void measure_access(const Settings &settings, Table &table);
+// A certificate request with a new key, against the key alone.
+void measure_requests(const Settings &settings, Table &table);
 // A fresh process on the store in `large`: time to the first value, and memory as nodes are read.
 void measure_fresh_processes(const Settings &settings, const std::string &large, Table &table);
 

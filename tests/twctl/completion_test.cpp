@@ -28,6 +28,8 @@ TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
   EXPECT_EQ(offers({"no"}), "node");
   EXPECT_EQ(offers({"tag", "value", "re"}), "rename");
   EXPECT_EQ(offers({"net", "end"}), "endpoint");
+  EXPECT_EQ(offers({"https", "c"}), "cert csr");
+  EXPECT_EQ(offers({"https", "csr", "new", "--key", "k", "cou"}), "country=");
   EXPECT_EQ(offers({"net", "endpoint", "de"}), "delete");
   EXPECT_EQ(offers({"net", "conn", "set", "default-conn-1", "ad"}), "address=");
   EXPECT_EQ(offers({"template", "create", "T", "--kind", "p"}), "ports");
@@ -57,6 +59,11 @@ TEST_F(TwctlCompletion, EveryOptionOfEveryVerbIsOffered) {
                                         {"console-gateway", "set"},
                                         {"bootflag", "add"},
                                         {"bootflag", "set"},
+                                        {"https", "cert", "show"},
+                                        {"https", "cert", "install"},
+                                        {"https", "csr", "new"},
+                                        {"https", "csr", "show"},
+                                        {"https", "csr", "delete"},
 
                                         {"system", "get"},
                                         {"system", "set"},

@@ -54,6 +54,8 @@ inline void release_json(json_t *value) { json_decref(value); }
 using node_record = std::unique_ptr<cfg_node, releaser<cfg_node_free>>;
 using enrollment_record = std::unique_ptr<cfg_enrollment, releaser<cfg_enrollment_free>>;
 using certificate_record = std::unique_ptr<cfg_certificate, releaser<release_certificate>>;
+using csr_record = std::unique_ptr<cfg_csr, releaser<cfg_csr_free>>;
+using https_details = std::unique_ptr<cfg_https_cert_details, releaser<cfg_free_https_cert_details>>;
 using tag_record = std::unique_ptr<cfg_tag, releaser<release_tag>>;
 using tag_value_record = std::unique_ptr<cfg_tag_value, releaser<cfg_tag_value_free>>;
 using tag_list = std::unique_ptr<cfg_tag_list, releaser<release_tag_list>>;
