@@ -39,6 +39,9 @@
 #include <twobject/system.h>
 #include <twobject/tag.h>
 #include <twobject/template.h>
+#include <twobject/template_auth.h>
+#include <twobject/template_script.h>
+#include <twobject/template_users_groups.h>
 #include <twobject/user.h>
 
 #endif

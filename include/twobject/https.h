@@ -25,17 +25,17 @@ typedef struct cfg_https_cert_details {
   char *certificate; /**< PEM text */
   char *private_key; /**< PEM text, wiped when the record is freed */
   /* The certificate's subject; "" for what it lacks. */
-  char common_name[CFG_HTTPS_TEXT_SIZE];
-  char org_unit[CFG_HTTPS_TEXT_SIZE];
-  char organization[CFG_HTTPS_TEXT_SIZE];
-  char locality[CFG_HTTPS_TEXT_SIZE];
-  char state[CFG_HTTPS_TEXT_SIZE];
-  char country[CFG_HTTPS_TEXT_SIZE];
-  char email[CFG_HTTPS_TEXT_SIZE];
-  int32_t key_length; /**< bits of the private key, full bytes */
+  char common_name[CFG_HTTPS_TEXT_SIZE];  /**< CN */
+  char org_unit[CFG_HTTPS_TEXT_SIZE];     /**< OU */
+  char organization[CFG_HTTPS_TEXT_SIZE]; /**< O */
+  char locality[CFG_HTTPS_TEXT_SIZE];     /**< L */
+  char state[CFG_HTTPS_TEXT_SIZE];        /**< ST */
+  char country[CFG_HTTPS_TEXT_SIZE];      /**< C */
+  char email[CFG_HTTPS_TEXT_SIZE];        /**< emailAddress */
+  int32_t key_length;                     /**< bits of the private key, full bytes */
   /* The validity, in the form "Jan  2 03:04:05 2026 GMT". */
-  char not_before[CFG_HTTPS_TEXT_SIZE];
-  char not_after[CFG_HTTPS_TEXT_SIZE];
+  char not_before[CFG_HTTPS_TEXT_SIZE]; /**< from when on */
+  char not_after[CFG_HTTPS_TEXT_SIZE];  /**< until when */
 } cfg_https_cert_details;
 
 /**

@@ -8,7 +8,7 @@ TW_BEGIN
 
 /**
  * A template: the view of one element of the list "templates". What it carries beside its name and
- * description depends on its type.
+ * description depends on its type: twobject/template_users_groups.h, template_auth.h and template_script.h.
  */
 typedef struct cfg_template cfg_template;
 /** The IDs of all templates. */
@@ -55,7 +55,8 @@ TW_API int cfg_template_save(cfg_template *record) TW_NOEXCEPT;
 TW_API int cfg_template_delete(cfg_template *record) TW_NOEXCEPT;
 /**
  * Frees the record's block and its name, and nothing else: the other texts that were read from the record,
- * and all that its type carries, stay and belong to the caller. NULL is allowed.
+ * and all that its type carries, stay and belong to the caller, with the functions of the type to release
+ * them. NULL is allowed.
  */
 TW_API void cfg_template_free(cfg_template *record) TW_NOEXCEPT;
 

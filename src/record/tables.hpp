@@ -26,11 +26,13 @@ extern const tables auth_server_tables;
 extern const tables auth_tables;
 extern const tables boot_flag_tables;
 extern const tables bundle_tables;
+extern const tables carried_auth_tables;
 extern const tables certificate_tables;
 extern const tables conn_tables;
 extern const tables enrollment_tables;
 extern const tables etag_tables;
 extern const tables external_endpoint_tables;
+extern const tables group_operation_tables;
 extern const tables group_tables;
 extern const tables https_csr_tables;
 extern const tables node_auth_tables;
@@ -44,11 +46,14 @@ extern const tables port_tables;
 extern const tables push_exec_ctxt_tables;
 extern const tables push_node_ctxt_tables;
 extern const tables role_tables;
+extern const tables script_template_tables;
 extern const tables smart_group_tables;
 extern const tables tag_tables;
 extern const tables tag_value_tables;
 extern const tables template_tables;
+extern const tables user_operation_tables;
 extern const tables user_tables;
+extern const tables users_groups_template_tables;
 
 // All of them, in the order of the dump; one to a line, so that families can be added side by side.
 // clang-format off
@@ -67,6 +72,10 @@ inline constexpr const tables *all_tables[] = {
     &tag_tables,
     &tag_value_tables,
     &template_tables,
+    &users_groups_template_tables,
+    &user_operation_tables,
+    &group_operation_tables,
+    &script_template_tables,
     &boot_flag_tables,
     &conn_tables,
     &external_endpoint_tables,
@@ -82,6 +91,7 @@ inline constexpr const tables *all_tables[] = {
     &auth_tables,
     &auth_protocol_tables,
     &auth_server_tables,
+    &carried_auth_tables,
 };
 // clang-format on
 

@@ -25,10 +25,11 @@ bool load_texts(text_array &texts, cfg *store, const cfg_value &list) noexcept {
 
 bool store_texts(const text_array &texts, cfg *store, cfg_elem *map, const char *key) noexcept {
   cfg_elem *list = cfg_new_list(store);
+  bool complete = cfg_add_mapelem(store, map, key, list);
   for (std::int32_t i = 0; list && i < texts.count(); ++i) {
-    if (texts.at(i) && !cfg_add_listelem(store, list, cfg_new_string(store, texts.at(i)))) return false;
+    if (texts.at(i) && !cfg_add_listelem(store, list, cfg_new_string(store, texts.at(i)))) complete = false;
   }
-  return list && cfg_add_mapelem(store, map, key, list);
+  return complete;
 }
 
 }  // namespace tw

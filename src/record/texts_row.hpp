@@ -9,7 +9,8 @@ namespace tw {
 
 // Reads the entries of a list into `texts`; an entry that is no string leaves NULL in its place.
 bool load_texts(text_array &texts, cfg *store, const cfg_value &list) noexcept;
-// Puts a new list with one string per text under a key; entries that are NULL are left out.
+// Puts a new list with one string per text under a key; entries that are NULL are left out, and so is a text
+// that the store does not take, which makes the result false.
 bool store_texts(const text_array &texts, cfg *store, cfg_elem *map, const char *key) noexcept;
 
 // The record keeps its handle as `cfg`, by which the list is read.

@@ -2,6 +2,10 @@
 // type is asked for here.
 #include "templates/template.hpp"
 
+#include <twobject/template_auth.h>
+#include <twobject/template_script.h>
+#include <twobject/template_users_groups.h>
+
 #include "record/boundary.hpp"
 #include "record/engine.hpp"
 #include "record/memory_watch.hpp"
@@ -38,23 +42,58 @@ int set_text(cfg_template *record, const char *text) noexcept {
   return text && tw::replace<Member>(record, text);
 }
 
-bool load_type(cfg_template &record, cfg_elem *elem) noexcept {
+bool set_up_type(cfg_template &record) noexcept {
   switch (record.template_type) {
-    case CFG_TEMPLATE_DUMMY:
-      return tw::load(load_dummy, record, elem);
+    case CFG_TEMPLATE_USERS_GROUPS:
+      return cfg_ugt_new_setup(&record);
+    case CFG_TEMPLATE_AUTH:
+      return cfg_auth_new_setup(&record);
+    case CFG_TEMPLATE_SCRIPT:
+      return cfg_script_template_new_setup(&record);
     default:
       return true;
   }
 }
 
-void save_type(const cfg_template &record, cfg_elem *elem) noexcept {
+bool load_type(cfg_template &record, cfg_elem *elem) noexcept {
+  switch (record.template_type) {
+    case CFG_TEMPLATE_DUMMY:
+      return tw::load(load_dummy, record, elem);
+    case CFG_TEMPLATE_USERS_GROUPS:
+      return cfg_ugt_load_from_config(&record, elem);
+    case CFG_TEMPLATE_AUTH:
+      return cfg_auth_load_from_config(&record, elem);
+    case CFG_TEMPLATE_SCRIPT:
+      return cfg_script_template_load_from_config(&record, elem);
+    default:
+      return true;
+  }
+}
+
+void save_type(cfg_template &record, cfg_elem *elem) noexcept {
   switch (record.template_type) {
     case CFG_TEMPLATE_DUMMY:
       tw::store_each(save_dummy, record, record.cfg, elem);
       break;
+    case CFG_TEMPLATE_USERS_GROUPS:
+      cfg_ugt_save_to_config(&record, elem);
+      break;
+    case CFG_TEMPLATE_AUTH:
+      cfg_auth_save_to_config(&record, elem);
+      break;
+    case CFG_TEMPLATE_SCRIPT:
+      cfg_script_template_save_to_config(&record, elem);
+      break;
     default:
       break;
   }
+}
+
+// Lets go of what callers were given one by one, but not of the block that it stood in, which none was.
+template <class Operation>
+void leave(tw::operations<Operation> &entries) noexcept {
+  for (auto &entry : entries) static_cast<void>(entry.release());
+  tw::operations<Operation>().swap(entries);
 }
 
 }  // namespace
@@ -69,7 +108,7 @@ cfg_template *cfg_template_new(cfg *store, const char *text, int32_t value) noex
   auto record = tw::new_view<cfg_template>(store);
   if (!record || !record->name.set(text)) return nullptr;
   record->template_type = value;
-  return record.release();
+  return set_up_type(*record) ? record.release() : nullptr;
 }
 
 cfg_template *cfg_template_get_by_id(cfg *store, const char *id) noexcept {
@@ -101,6 +140,10 @@ int cfg_template_delete(cfg_template *record) noexcept {
 void cfg_template_free(cfg_template *record) noexcept {
   if (!record) return;
   record->name.clear();
+  leave(record->user_operations);
+  leave(record->group_operations);
+  record->membership_users.leave_texts();
+  record->membership_groups.leave_texts();
   // No destructor: callers keep the ID, the description and what the type carries beyond the record's life,
   // without having copied them.
   ::operator delete(record);

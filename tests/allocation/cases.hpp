@@ -20,6 +20,8 @@ extern const std::span<const Case> search_cases;
 extern const std::span<const Case> smart_group_cases;
 extern const std::span<const Case> tag_cases;
 extern const std::span<const Case> template_cases;
+extern const std::span<const Case> template_data_cases;
+extern const std::span<const Case> users_groups_cases;
 extern const std::span<const Case> role_cases;
 extern const std::span<const Case> acl_cases;
 extern const std::span<const Case> user_cases;

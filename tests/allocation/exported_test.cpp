@@ -22,6 +22,8 @@ std::vector<Case> all() {
       enrollment_cases,
       tag_cases,
       template_cases,
+      template_data_cases,
+      users_groups_cases,
       role_cases,
       acl_cases,
       user_cases,

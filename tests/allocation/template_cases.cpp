@@ -31,7 +31,7 @@ void list() {
   sweep([](World &w) { return cfg_template_list_new(w.store); },
         [](World &, cfg_template_list *templates) {
           if (!templates) return false;
-          EXPECT_EQ(cfg_template_list_count(templates), 1);
+          EXPECT_EQ(cfg_template_list_count(templates), 6);
           cfg_template_list_free(templates);
           return true;
         });
@@ -120,7 +120,7 @@ const Case rows[] = {
      [] { number_getter(cfg_template_get_type, kRecord, int32_t{CFG_TEMPLATE_DUMMY}); }},
     {"cfg_template_get_uuid",
      [] { sweep([](World &w) { return cfg_template_get_uuid(w.dummy); }, gives_text(kTemplate)); }},
-    {"cfg_template_list_count", [] { number_getter(cfg_template_list_count, kList, 1); }},
+    {"cfg_template_list_count", [] { number_getter(cfg_template_list_count, kList, 6); }},
     {"cfg_template_list_free", release_list},
     {"cfg_template_list_get_template",
      [] { load([](World &w) { return cfg_template_list_get_template(w.templates, 0); }); }},

@@ -59,6 +59,7 @@ class Seed {
     const std::string value = bundle_tag();
     nodes(certificate, value);
     bundles(value, dummy_template());
+    templates();
     network();
     services();
     https();
@@ -284,6 +285,46 @@ class Seed {
     return id(dummy);
   }
 
+  cfg_elem *template_of(const char *type) {
+    cfg_elem *made = entry(cfg_get_by_path(store, "templates"));
+    text(made, "name", std::string("a template of type ") + type);
+    text(made, "template_type", type);
+    return made;
+  }
+
+  void templates() {
+    cfg_elem *users = template_of("users_groups");
+    text(users, "ug_operation_type", "user_add");
+    cfg_elem *user = entry(list(users, "ug_user_changes"));
+    for (const char *key : {"username", "description", "password"})
+      text(user, key, std::string("the user's ") + key);
+    number(user, "disabled", 1);
+    texts(user, "groups", "the group");
+
+    cfg_elem *groups = template_of("users_groups");
+    text(groups, "ug_operation_type", "group_add");
+    cfg_elem *group = entry(list(groups, "ug_group_changes"));
+    for (const char *key : {"groupname", "description"}) text(group, key, std::string("the group's ") + key);
+    texts(group, "roles", "the role");
+
+    cfg_elem *membership = template_of("users_groups");
+    text(membership, "ug_operation_type", "membership");
+    texts(membership, "ug_membership_users", "the user");
+    texts(membership, "ug_membership_groups", "the group");
+    number(membership, "ug_add_membership", 1);
+
+    cfg_elem *settings = template_of("auth");
+    text(settings, "auth_mode", "the template's mode");
+    cfg_elem *radius = map(settings, "radius");
+    text(radius, "password", "the template's password");
+    text(entry(list(radius, "accountingServers")), "hostname", "server.example");
+
+    cfg_elem *script = template_of("script");
+    blob(script, "script", "the template's script");
+    text(script, "script_checksum", "the template's checksum");
+    number(script, "script_timeout", 60);
+  }
+
   void bundles(const std::string &tag_value, const std::string &dummy) {
     cfg_elem *enrollment = map(cfg_root(store), "enrollment");
     text(enrollment, "request_token", "the request token");
@@ -507,6 +548,13 @@ World::World()
       group(cfg_smartgroup_get_by_id(store, "nodes", kSmartGroup)),
       templates(cfg_template_list_new(store)),
       dummy(cfg_template_get_by_id(store, kTemplate)),
+      users_template(cfg_template_get_by_id(store, kUsersTemplate)),
+      user_operation(cfg_ugt_get_user_operation(users_template, 0)),
+      groups_template(cfg_template_get_by_id(store, kGroupsTemplate)),
+      group_operation(cfg_ugt_get_group_operation(groups_template, 0)),
+      membership_template(cfg_template_get_by_id(store, kMembershipTemplate)),
+      auth_template(cfg_template_get_by_id(store, kAuthTemplate)),
+      script_template(cfg_template_get_by_id(store, kScriptTemplate)),
       bundles(cfg_bundle_list_new(store)),
       bundle(cfg_bundle_get_by_id(store, kBundle)),
       ethernet(cfg_get_net_physif_by_id(store, kEthernet)),
@@ -528,7 +576,8 @@ World::World()
       auth(cfg_get_auth(store)),
       server(cfg_auth_get_radiusAuthenticationServer(auth, 0)) {
   if (!store || !node || !generic || !port || !enrollment || !generic_enrollment || !certificate || !csr ||
-      !tags || !tag || !tag_value || !group || !templates || !dummy || !bundles || !bundle || !ethernet ||
+      !tags || !tag || !tag_value || !group || !templates || !dummy || !user_operation || !group_operation ||
+      !membership_template || !auth_template || !script_template || !bundles || !bundle || !ethernet ||
       !wireless || !conn || !endpoint || !endpoints || !ntp || !gateway || !boot_flag || !push ||
       !push_node || !pushes || !role || !acl || !user || !stranger || !user_group || !auth || !server)
     throw std::runtime_error("the store of the test cannot be read");
@@ -548,6 +597,9 @@ World::~World() {
   cfg_smartgroup_free(group);
   cfg_template_list_free(templates);
   free_whole(dummy);
+  for (cfg_template *record :
+       {users_template, groups_template, membership_template, auth_template, script_template})
+    if (record) free_whole(record);
   cfg_role_free(role);
   cfg_acl_free(acl);
   cfg_user_free(user);
@@ -599,10 +651,17 @@ void free_whole(cfg_tag_list *tags) {
 }
 
 void free_whole(cfg_template *record) {
-  const char *left[] = {cfg_template_get_uuid(record), cfg_template_get_description(record),
-                        cfg_dummy_template_get_dummy_field(record)};
+  const void *left[] = {cfg_template_get_uuid(record), cfg_template_get_description(record),
+                        cfg_dummy_template_get_dummy_field(record), cfg_script_template_get_script(record),
+                        cfg_script_template_get_checksum(record)};
+  cfg_auth *auth = cfg_template_get_auth(record);
+  cfg_ugt_clear_user_operations(record);
+  cfg_ugt_clear_group_operations(record);
+  cfg_ugt_clear_membership_users(record);
+  cfg_ugt_clear_membership_groups(record);
   cfg_template_free(record);
-  for (const char *text : left) std::free(const_cast<char *>(text));
+  cfg_auth_free(auth);
+  for (const void *block : left) std::free(const_cast<void *>(block));
 }
 
 }  // namespace allocation

@@ -40,12 +40,19 @@ inline void release_tag_list(cfg_tag_list *list) {
   std::free(id);
 }
 
-/// A template's free keeps all of its texts but the name alive for other holders; this owner is the only one.
+/// A template's free keeps all that it has but the name alive for other holders; this owner is the only one.
 inline void release_template(cfg_template *record) {
-  for (const char *text : {cfg_template_get_uuid(record), cfg_template_get_description(record),
-                           cfg_dummy_template_get_dummy_field(record)})
-    std::free(const_cast<char *>(text));
+  const void *left[] = {cfg_template_get_uuid(record), cfg_template_get_description(record),
+                        cfg_dummy_template_get_dummy_field(record), cfg_script_template_get_script(record),
+                        cfg_script_template_get_checksum(record)};
+  cfg_auth *auth = cfg_template_get_auth(record);
+  cfg_ugt_clear_user_operations(record);
+  cfg_ugt_clear_group_operations(record);
+  cfg_ugt_clear_membership_users(record);
+  cfg_ugt_clear_membership_groups(record);
   cfg_template_free(record);
+  cfg_auth_free(auth);
+  for (const void *block : left) std::free(const_cast<void *>(block));
 }
 
 /// json_decref() has no linkage of its own, which a type that headers share needs.

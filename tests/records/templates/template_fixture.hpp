@@ -4,6 +4,9 @@
 #define TW_TESTS_RECORDS_TEMPLATES_TEMPLATE_FIXTURE_HPP
 
 #include <twobject/template.h>
+#include <twobject/template_auth.h>
+#include <twobject/template_script.h>
+#include <twobject/template_users_groups.h>
 
 #include "records/store_fixture.hpp"
 
@@ -11,10 +14,17 @@ namespace records {
 
 struct free_template {
   void operator()(cfg_template *record) const {
-    const char *left[] = {cfg_template_get_uuid(record), cfg_template_get_description(record),
-                          cfg_dummy_template_get_dummy_field(record)};
+    const void *left[] = {cfg_template_get_uuid(record), cfg_template_get_description(record),
+                          cfg_dummy_template_get_dummy_field(record), cfg_script_template_get_script(record),
+                          cfg_script_template_get_checksum(record)};
+    cfg_auth *auth = cfg_template_get_auth(record);
+    cfg_ugt_clear_user_operations(record);
+    cfg_ugt_clear_group_operations(record);
+    cfg_ugt_clear_membership_users(record);
+    cfg_ugt_clear_membership_groups(record);
     cfg_template_free(record);
-    for (const char *text : left) std::free(const_cast<char *>(text));
+    cfg_auth_free(auth);
+    for (const void *block : left) std::free(const_cast<void *>(block));
   }
 };
 using template_record = std::unique_ptr<cfg_template, free_template>;
