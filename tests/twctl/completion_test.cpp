@@ -33,6 +33,8 @@ TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
   EXPECT_EQ(offers({"user", "set", "ada", "--remove-group", "day", "en"}), "enabled=");
   EXPECT_EQ(offers({"auth", "server", "add", "ra"}), "radius radius-accounting");
   EXPECT_EQ(offers({"auth", "server", "list", "--kind", "l"}), "ldap");
+  EXPECT_EQ(offers({"https", "c"}), "cert csr");
+  EXPECT_EQ(offers({"https", "csr", "new", "--key", "k", "cou"}), "country=");
   EXPECT_EQ(offers({"net", "endpoint", "de"}), "delete");
   EXPECT_EQ(offers({"net", "conn", "set", "default-conn-1", "ad"}), "address=");
   EXPECT_EQ(offers({"template", "create", "T", "--kind", "p"}), "ports");
@@ -70,6 +72,11 @@ TEST_F(TwctlCompletion, EveryOptionOfEveryVerbIsOffered) {
                                         {"console-gateway", "set"},
                                         {"bootflag", "add"},
                                         {"bootflag", "set"},
+                                        {"https", "cert", "show"},
+                                        {"https", "cert", "install"},
+                                        {"https", "csr", "new"},
+                                        {"https", "csr", "show"},
+                                        {"https", "csr", "delete"},
 
                                         {"system", "get"},
                                         {"system", "set"},

@@ -18,6 +18,10 @@ void add_net_address(CLI::App *net, const options &opts);
 void add_ntp(CLI::App &program, const options &opts);
 void add_console_gateway(CLI::App &program, const options &opts);
 void add_boot_flag(CLI::App &program, const options &opts);
+void add_https(CLI::App &program, const options &opts);
+/// The nouns of "https".
+void add_https_cert(CLI::App *https, const options &opts);
+void add_https_csr(CLI::App *https, const options &opts);
 void add_node(CLI::App &program, const options &opts);
 /// The verbs of "node" that are about enrolled nodes.
 void add_node_live(CLI::App *noun, const options &opts);
