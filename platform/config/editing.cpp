@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "layout.hpp"
 #include "store.hpp"
 
 namespace twcfg {
@@ -186,7 +187,7 @@ bool append_entry(Head *list, Node *entry, bool pending) {
   Store &store = *list->store;
   if (!store.writing() || !attachable(store, list, entry)) return false;
   ListNode *node = edit_list(list);
-  if (node == nullptr) return false;
+  if (node == nullptr || (pending && !lay_out_entry(list, entry))) return false;
   (pending ? node->future : node->added).push_back(entry);
   entry->parent = node;
   return true;

@@ -184,6 +184,17 @@ void append(EngineKind engine) {
   }
 }
 
+// An entry that gets what entries of its list begin with.
+void append_with_layout(EngineKind engine) {
+  sweep(
+      engine, [](World &w) { return cfg_append_future_listelem(w.store, w.elem, w.fresh); }, done,
+      [](World &w) {
+        cfg_elem *push = append_named(w.store, make_list(w.store, "cfg_push_exec_ctxts"), "a push");
+        w.elem = put_list(w.store, push, "nodes");
+        w.fresh = cfg_new_map(w.store);
+      });
+}
+
 void empty_list(EngineKind engine) {
   for (const char *list : {"nodes", "nodes-3.log", "nodes-1.ports", "labels"})
     everywhere(
@@ -403,7 +414,11 @@ void blob_value(EngineKind engine) {
 const Case rows[] = {
     {"cfg_add_listelem", append<cfg_add_listelem>},
     {"cfg_add_mapelem", add_element},
-    {"cfg_append_future_listelem", append<cfg_append_future_listelem>},
+    {"cfg_append_future_listelem",
+     [](EngineKind e) {
+       append<cfg_append_future_listelem>(e);
+       append_with_layout(e);
+     }},
     {"cfg_blob_value", blob_value},
     {"cfg_bool_value", [](EngineKind e) { everywhere(e, "on", number_of_elem<cfg_bool_value>, number); }},
     {"cfg_delete_element", remove},

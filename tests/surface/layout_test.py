@@ -19,7 +19,7 @@ LOOK_UP = re.compile(
     r"cfg_simple_get_mapelem|need_list|need_map|load_below|store_below|store_sub_map|load_sub_map|each_entry|"
     r"new_id_list|append_new_element|add_new_element|element_to_save|collection_count|collection_entry|"
     r"get_string|get_int|set_string|set_int)(?:<[^<>;]*>)?\([^;\"]*\"([\w.]+)\"")
-PLACE = re.compile(r'\{"([\w.]*)", "(\w+)", part::')
+PLACE = re.compile(r'\{"([\w.]+)", CFG_\w+\}')
 
 
 class Key(NamedTuple):
@@ -114,13 +114,24 @@ class StoreLayout(unittest.TestCase):
         self.assertEqual(sorted(looked_up - names(self.page)), [])
 
     def test_every_list_and_map_of_a_new_store_is_on_the_page(self):
-        places = PLACE.findall((ROOT / "tools/twctl/layout.cpp").read_text())
+        table = (ROOT / "platform/config/layout.cpp").read_text()
+        places = PLACE.findall(table.split("root_places[]", 1)[1].split("};", 1)[0])
         self.assertGreater(len(places), 30)
         told = {heading.replace("[]", "") for heading in HEADING.findall(self.page)}
         told |= {f"{key.place}.{key.path}" for key in self.keys}
         prefixes = {".".join(path.split(".")[:length]) for path in told for length in range(1, 9)}
-        self.assertEqual([f"{parent}.{key}".lstrip(".") for parent, key in places
-                          if f"{parent}.{key}".lstrip(".") not in prefixes], [])
+        self.assertEqual([path for path in places if path not in prefixes], [])
+
+    def test_what_new_entries_begin_with_is_on_the_page(self):
+        table = (ROOT / "platform/config/layout.cpp").read_text()
+        collections = re.findall(r'\{"([\w.*]+)", (\w+)\}', table.split("collections[]", 1)[1].split("};", 1)[0])
+        self.assertGreater(len(collections), 0)
+        told = {(key.place, key.path) for key in self.keys}
+        for path, array in collections:
+            entry = path.replace(".*", "[]") + "[]"
+            places = PLACE.findall(table.split(f"{array}[]", 1)[1].split("};", 1)[0])
+            self.assertGreater(len(places), 0)
+            self.assertEqual([place for place in places if (entry, place) not in told], [])
 
     def test_every_row_says_what_its_key_means(self):
         self.assertEqual([key for key in self.keys if len(key.meaning) < 2], [])

@@ -22,6 +22,7 @@
 
 #include <twconfig/condition.h>
 #include <twconfig/element.h>
+#include <twconfig/layout.h>
 #include <twconfig/message.h>
 #include <twconfig/read.h>
 #include <twconfig/store.h>

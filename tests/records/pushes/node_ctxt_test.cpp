@@ -97,6 +97,26 @@ TEST_F(PushNode, ANewContextJoinsItsParentsListAsAPendingEntry) {
   EXPECT_EQ(stored, dump(push));
 }
 
+TEST_F(PushNode, ANewContextTakesMessagesOfEveryKindAtOnce) {
+  using add_function = int (*)(cfg_push_node_ctxt *, int32_t, int32_t, const char *const *, const char *);
+  const add_function adders[] = {
+      cfg_push_node_ctxt_add_preflight_change, cfg_push_node_ctxt_add_preflight_warning,
+      cfg_push_node_ctxt_add_preflight_error,  cfg_push_node_ctxt_add_preflight_message,
+      cfg_push_node_ctxt_add_execution_change, cfg_push_node_ctxt_add_execution_warning,
+      cfg_push_node_ctxt_add_execution_error,  cfg_push_node_ctxt_add_execution_message,
+  };
+  const node_ctxt context(cfg_push_node_ctxt_new(store));
+  cfg_push_node_ctxt_set_node(context.get(), "nodes-5");
+  cfg_push_node_ctxt_set_parent_uuid(context.get(), id_of(push).c_str());
+  ASSERT_EQ(1, cfg_push_node_ctxt_save(context.get()));
+  for (const add_function add_message : adders)
+    EXPECT_EQ(1, add_message(context.get(), 7, 0, nullptr, "templates-1"));
+  commit();
+  const node_ctxt again = load_node(cfg_push_node_ctxt_get_uuid(context.get()));
+  EXPECT_EQ(1, cfg_push_node_ctxt_get_preflight_change_count(again.get()));
+  EXPECT_EQ(1, cfg_push_node_ctxt_get_execution_message_count(again.get()));
+}
+
 TEST_F(PushNode, AnInvalidStatusHasNoKey) {
   cfg_elem *elem = add_stored("nodes-5");
   set(elem, "status", "preflight_ready");

@@ -67,7 +67,7 @@ TEST_F(ScriptTemplate, IsCopiedExactlyZeroBytesIncluded) {
   script.assign("overwritten");
   EXPECT_EQ(std::string("\0a\0\xff\n\0", 6), script_of(record));
   ASSERT_EQ(1, cfg_template_save(record.get()));
-  commit_and_reopen();
+  commit();
   EXPECT_EQ(std::string("\0a\0\xff\n\0", 6), script_of(load("templates-1")));
 }
 
@@ -102,7 +102,7 @@ TEST_F(ScriptTemplate, IsSavedAndReadBack) {
   const std::string whole = std::string(R"({name="run" script=<abc> script_checksum=")") + sum_of_abc +
                             R"(" script_timeout=90 template_type="script"})";
   EXPECT_EQ(whole, dump(elem_of(record)));
-  commit_and_reopen();
+  commit();
   const template_record again = load("templates-1");
   EXPECT_EQ("abc", script_of(again));
   EXPECT_STREQ(sum_of_abc, cfg_script_template_get_checksum(again.get()));

@@ -158,7 +158,7 @@ TEST_F(UsersGroupsTemplate, IsReadAfterTheCommitWithAllOfAUser) {
   cfg_ugt_user_operation_add_group(alice, "admin");
   ASSERT_EQ(1, cfg_ugt_add_user_operation(record.get(), alice));
   ASSERT_EQ(1, cfg_template_save(record.get()));
-  commit_and_reopen();
+  commit();
   const template_record again = load("templates-1");
   const cfg_ugt_user_operation *read = cfg_ugt_get_user_operation(again.get(), 0);
   EXPECT_STREQ("as it was given", cfg_ugt_user_operation_get_password(read));
@@ -376,7 +376,7 @@ TEST_F(UsersGroupsTemplate, ManyOperationsKeepTheirOrder) {
   for (int32_t i = 0; i < 1000; ++i)
     ASSERT_EQ(1, cfg_ugt_add_user_operation(record.get(), user(("user" + std::to_string(i)).c_str())));
   ASSERT_EQ(1, cfg_template_save(record.get()));
-  commit_and_reopen();
+  commit();
   const template_record again = load("templates-1");
   ASSERT_EQ((numbers{1000, 0, 0, 0}), counts(again));
   for (int32_t i = 0; i < 1000; ++i) ASSERT_STREQ(("user" + std::to_string(i)).c_str(), user_at(again, i));

@@ -61,7 +61,12 @@ CFG_API int cfg_list_future_size(cfg_elem *list, int32_t *size) CFG_NOEXCEPT;
 CFG_API cfg_elem *cfg_get_future_listelem(cfg_elem *list, int32_t index) CFG_NOEXCEPT;
 /** Appends an unattached element as an entry that this handle's list reads see at once. */
 CFG_API int cfg_add_listelem(cfg *store, cfg_elem *list, cfg_elem *elem) CFG_NOEXCEPT;
-/** Appends an unattached element as a pending entry: ordinary list reads see it after commit. */
+/**
+ * Appends an unattached element as a pending entry: ordinary list reads see it after commit. This is how new
+ * records join their collection, so it gives a map what the entries of that list begin with
+ * (docs/store-format.md) and the map does not have yet. A list that is itself attached nowhere is no
+ * collection.
+ */
 CFG_API int cfg_append_future_listelem(cfg *store, cfg_elem *list, cfg_elem *elem) CFG_NOEXCEPT;
 /** Empties a list, pending entries included, and returns it for refilling; NULL when it is no list. */
 CFG_API cfg_elem *cfg_set_list(cfg *store, cfg_elem *list) CFG_NOEXCEPT;
