@@ -148,3 +148,5 @@ void cfg_smartgroup_list_free(cfg_smartgroup_list *list) noexcept {
   list->groups.leave_block();  // by design
   delete list;
 }
+
+void cfg_smartgroup_list_dispose(cfg_smartgroup_list *list) noexcept { delete list; }

@@ -56,6 +56,9 @@ TW_API cfg_push_exec_ctxt *cfg_push_exec_ctxt_get_by_id(cfg *store, const char *
  * parents and the IDs of their messages): callers keep them beyond the push's life. NULL is allowed.
  */
 TW_API void cfg_push_exec_ctxt_free(cfg_push_exec_ctxt *push) TW_NOEXCEPT;
+/** Frees the push with all that cfg_push_exec_ctxt_free() leaves, for who has kept none of it. NULL is
+ * allowed. */
+TW_API void cfg_push_exec_ctxt_dispose(cfg_push_exec_ctxt *push) TW_NOEXCEPT;
 
 /** ID of the element, looked up anew: the final one once a commit has given it. NULL without element. */
 TW_API const char *cfg_push_exec_ctxt_get_uuid(cfg_push_exec_ctxt *push) TW_NOEXCEPT;

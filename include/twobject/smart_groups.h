@@ -66,6 +66,8 @@ TW_API cfg_smartgroup *cfg_smartgroup_list_get_smartgroup(const cfg_smartgroup_l
                                                           int32_t index) TW_NOEXCEPT;
 /** Frees the list but, by design, not the bare array of its IDs. NULL is allowed. */
 TW_API void cfg_smartgroup_list_free(cfg_smartgroup_list *list) TW_NOEXCEPT;
+/** Frees the list with the array, which nobody else can. NULL is allowed. */
+TW_API void cfg_smartgroup_list_dispose(cfg_smartgroup_list *list) TW_NOEXCEPT;
 
 TW_END
 #endif

@@ -59,6 +59,9 @@ TW_API int cfg_template_delete(cfg_template *record) TW_NOEXCEPT;
  * them. NULL is allowed.
  */
 TW_API void cfg_template_free(cfg_template *record) TW_NOEXCEPT;
+/** Frees the record with all that cfg_template_free() leaves, for who has kept none of it. NULL is allowed.
+ */
+TW_API void cfg_template_dispose(cfg_template *record) TW_NOEXCEPT;
 
 /* ---- What every template has ---- */
 

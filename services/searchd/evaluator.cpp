@@ -5,7 +5,6 @@
 #include <twconfig/read.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <new>
 
 #include "access.hpp"
@@ -56,18 +55,15 @@ std::vector<resolved> resolve(const std::vector<tag_condition> &conditions, cons
 }
 
 void add_fields(cfg *store, cfg_elem *map, const std::string &front, std::set<std::string> &found) {
-  char **keys = nullptr;
-  std::int32_t count = 0;
-  if (!cfg_map_keys(map, &keys, &count)) return;
-  for (std::int32_t i = 0; i < count; ++i) {
-    const std::unique_ptr<char, decltype(&std::free)> key(keys[i], std::free);
-    cfg_elem *elem = cfg_simple_get_mapelem(store, map, key.get());
+  const auto keys = twobject::map_keys(map);
+  if (!keys) return;
+  for (const char *key : *keys) {
+    cfg_elem *elem = cfg_simple_get_mapelem(store, map, key);
     const cfg_kind kind = cfg_elem_kind(elem);
-    if (kind == CFG_MAP && front.empty()) add_fields(store, elem, front + key.get() + '.', found);
-    if ((kind == CFG_STRING || kind == CFG_REFERENCE) && !is_secret(key.get()) && found.size() < most_fields)
-      found.insert(front + key.get());
+    if (kind == CFG_MAP && front.empty()) add_fields(store, elem, front + key + '.', found);
+    if ((kind == CFG_STRING || kind == CFG_REFERENCE) && !is_secret(key) && found.size() < most_fields)
+      found.insert(front + key);
   }
-  std::free(static_cast<void *>(keys));
 }
 
 }  // namespace

@@ -1,12 +1,10 @@
 // Evaluates queries on the store's newest revision.
 #pragma once
 
-#include <twconfig/store.h>
-
 #include <map>
-#include <memory>
 #include <set>
 #include <string>
+#include <twobject/store.hpp>
 #include <vector>
 
 #include "query.hpp"
@@ -14,10 +12,6 @@
 #include "tags.hpp"
 
 namespace searchd {
-
-struct store_close {
-  void operator()(cfg *store) const noexcept { cfg_close(store); }
-};
 
 // Keeps what it has read of the tags, and reads again only what commits have changed. The store's own indexes
 // on keys do the same.
@@ -42,7 +36,7 @@ class evaluator {
   numbers search_store(const std::string &collection, const query &wanted);
 
   std::string path_;
-  std::unique_ptr<cfg, store_close> store_;
+  twobject::store_handle store_;
   std::set<std::string> indexed_;  // collections and keys that the handle may have an index on
   std::uint64_t revision_ = 0;     // which `tags_` and `indexes_` show
   tags tags_;

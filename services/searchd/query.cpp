@@ -13,12 +13,11 @@ namespace {
 
 constexpr std::string_view tag_prefix = "tag:";
 
-using condition = std::unique_ptr<cfg_condition, condition_free>;
+using condition = twobject::condition_tree;
 
 // The library's reader is the judge of what a condition is; from then on every member is known to be there.
 condition checked(const json_t *tree) {
-  const std::unique_ptr<char, decltype(&std::free)> text(
-      tree ? json_dumps(tree, JSON_COMPACT | JSON_ENCODE_ANY) : nullptr, std::free);
+  const twobject::heap_text text(tree ? json_dumps(tree, JSON_COMPACT | JSON_ENCODE_ANY) : nullptr);
   condition read(text ? json_dump_to_condition(text.get(), 0) : nullptr);
   if (!read) throw refusal("\"conditions\" is no condition tree");
   return read;

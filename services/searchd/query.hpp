@@ -1,12 +1,10 @@
 // The conditions of a search, sorted by what can answer them: the store, or the index of tags.
 #pragma once
 
-#include <twconfig/condition.h>
-
 #include <cstdint>
-#include <memory>
 #include <set>
 #include <string>
+#include <twobject/store.hpp>
 #include <vector>
 
 #include "json.hpp"
@@ -21,13 +19,9 @@ struct tag_condition {
   std::string value;
 };
 
-struct condition_free {
-  void operator()(cfg_condition *condition) const noexcept { cfg_free_conditions(condition); }
-};
-
 // All conditions of a tree must hold, whatever its levels: here it has one.
 struct query {
-  std::unique_ptr<cfg_condition, condition_free> stored;  // an and-node over the keys that entries hold
+  twobject::condition_tree stored;  // an and-node over the keys that entries hold
   std::size_t stored_count = 0;
   std::set<std::string> equal_keys;  // those of them that an index of the store can answer
   std::vector<tag_condition> tags;

@@ -3,8 +3,8 @@
 #include <twconfig/transport.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <new>
+#include <twobject/owner.hpp>
 
 #include "access.hpp"
 #include "log.hpp"
@@ -25,7 +25,7 @@ json success(json data) { return made(json_pack("{s:b, s:o}", "result", 1, "data
 constexpr char out_of_memory[] = R"({"result":false,"error":"out of memory"})";
 
 std::string text_of(const json_t *reply) {
-  const std::unique_ptr<char, decltype(&std::free)> text(json_dumps(reply, JSON_COMPACT), std::free);
+  const twobject::heap_text text(json_dumps(reply, JSON_COMPACT));
   if (!text) throw std::bad_alloc();
   return text.get();
 }

@@ -25,7 +25,7 @@ bool tag_index::build(cfg *store) {
   noted_.clear();
   values_.clear();
   entries_.clear();
-  const std::unique_ptr<cfg_condition, condition_free> any(cfg_new_and_condition());
+  const twobject::condition_tree any(cfg_new_and_condition());
   cfg_elem *all = any ? cfg_search(store, collection_.c_str(), any.get()) : nullptr;
   std::int32_t size = 0;
   if (!cfg_list_size(all, &size)) return false;

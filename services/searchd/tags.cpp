@@ -3,8 +3,7 @@
 #include <twconfig/element.h>
 #include <twconfig/read.h>
 
-#include <cstdlib>
-#include <memory>
+#include <twobject/store.hpp>
 
 namespace searchd {
 
@@ -26,10 +25,8 @@ void tags::read(cfg *store) {
   cfg_elem *list = cfg_get_by_path(store, "tags.node_tags");
   for (std::int32_t i = 0; cfg_get_listelem(list, i); ++i) {
     cfg_elem *tag = cfg_simple_get_listelem(store, list, i);
-    char *name = nullptr;
-    if (!cfg_map_get_string(store, tag, "name", &name)) continue;
-    const std::unique_ptr<char, decltype(&std::free)> owned(name, std::free);
-    cfg_child_scan(tag, "values", &value_set, take_value, &values_[name]);
+    const twobject::heap_text name = twobject::text_from(cfg_map_get_string, store, tag, "name");
+    if (name) cfg_child_scan(tag, "values", &value_set, take_value, &values_[name.get()]);
   }
 }
 

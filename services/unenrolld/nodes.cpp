@@ -1,24 +1,15 @@
 #include "nodes.hpp"
 
 #include <fmt/format.h>
-#include <twconfig/element.h>
-#include <twobject/certificate.h>
 
-#include <cstdlib>
 #include <optional>
 #include <string_view>
+#include <twobject/nodes.hpp>
 
 #include "log.hpp"
 
 namespace unenrolld {
 namespace {
-
-struct free_certificate {
-  void operator()(cfg_certificate *certificate) const {
-    cfg_certificate_free(certificate);
-    std::free(certificate);  // nobody else holds it
-  }
-};
 
 // The element of a node; NULL for one that is gone and for everything else that has an ID.
 cfg_elem *node_element(cfg *store, const std::string &id) {
@@ -31,13 +22,11 @@ cfg_elem *node_element(cfg *store, const std::string &id) {
 // Revokes the certificate that a node refers to. A node without one, one whose certificate is gone, and one
 // that was revoked before need nothing. False when the store does not take it.
 bool revoke_certificate(cfg *store, cfg_elem *node) {
-  char *found = nullptr;
-  if (!cfg_map_get_reference(store, node, "cert", &found)) return cfg_get_mapelem(node, "cert") == nullptr;
-  const std::unique_ptr<char, decltype(&std::free)> id(found, std::free);
+  const twobject::heap_text id = twobject::text_from(cfg_map_get_reference, store, node, "cert");
+  if (!id) return cfg_get_mapelem(node, "cert") == nullptr;
   cfg_elem *elem = cfg_get_by_id(store, id.get());
   if (!elem || cfg_get_mapelem(elem, "revoke_time")) return true;
-  const std::unique_ptr<cfg_certificate, free_certificate> certificate(
-      cfg_get_certificate_by_id(store, id.get()));
+  const twobject::certificate_record certificate(cfg_get_certificate_by_id(store, id.get()));
   return cfg_certificate_expire_now(certificate.get()) && cfg_certificate_save(certificate.get()) &&
          cfg_get_mapelem(elem, "revoke_time");
 }

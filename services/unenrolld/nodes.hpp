@@ -1,10 +1,8 @@
 // The nodes in the store, as far as they are taken out of it.
 #pragma once
 
-#include <twconfig/store.h>
-
-#include <memory>
 #include <string>
+#include <twobject/store.hpp>
 
 #include "outcome.hpp"
 
@@ -22,16 +20,12 @@ class nodes {
   void park();
 
  private:
-  struct closer {
-    void operator()(cfg *store) const { cfg_close(store); }
-  };
-
   bool open(outcome &failed);
   outcome try_to_remove(const std::string &id);
   outcome failure(const std::string &what);
 
   std::string path_;
-  std::unique_ptr<cfg, closer> store_;
+  twobject::store_handle store_;
 };
 
 }  // namespace unenrolld

@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
 #include <string_view>
 #include <system_error>
 #include <thread>
+#include <twobject/owner.hpp>
 
 #include "action.hpp"
 #include "job.hpp"
@@ -72,7 +72,7 @@ int worker::run() {
 int worker::take_job() {
   bs_job job{};
   const int result = bs_reserve(queue_.get(), options_.once ? 0 : kSecondsWithoutJob, &job);
-  const std::unique_ptr<char, decltype(&std::free)> body(job.body, std::free);
+  const twobject::heap_text body(job.body);
   if (result == 0) deal_with(job);
   if (result != -EMSGSIZE) return result;
   settle(job.id, {outcome::kind::never, "the job is too large"});

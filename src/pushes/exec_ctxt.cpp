@@ -80,6 +80,12 @@ void cfg_push_exec_ctxt_free(cfg_push_exec_ctxt *record) noexcept {
   delete record;
 }
 
+void cfg_push_exec_ctxt_dispose(cfg_push_exec_ctxt *record) noexcept {
+  if (!record) return;
+  for (cfg_push_node_ctxt *node : record->nodes) cfg_push_node_ctxt_free(node);
+  delete record;
+}
+
 const char *cfg_push_exec_ctxt_get_uuid(cfg_push_exec_ctxt *record) noexcept {
   return record ? tw::refreshed_uuid(*record) : nullptr;
 }

@@ -149,6 +149,8 @@ void cfg_template_free(cfg_template *record) noexcept {
   ::operator delete(record);
 }
 
+void cfg_template_dispose(cfg_template *record) noexcept { delete record; }
+
 const char *cfg_template_get_uuid(cfg_template *record) noexcept {
   return record ? tw::refreshed_uuid(*record) : nullptr;
 }

@@ -60,6 +60,32 @@ TW_PLAIN bool granted(const void *caller, std::size_t size) {
   return false;
 }
 
+// What the watching thread has made and not given back.
+struct Watched {
+  static constexpr std::size_t most = 1U << 16;
+  void *blocks[most];
+  std::size_t count = 0;
+  void (*look_at)(const void *block) = nullptr;
+};
+Watched watched;
+thread_local bool watching = false;
+
+TW_PLAIN void *noted(void *block) {
+  if (!watching || !block) return block;
+  if (watched.count == Watched::most) std::abort();
+  return watched.blocks[watched.count++] = block;
+}
+
+TW_PLAIN void forget(void *block) {
+  if (!watching || !block) return;
+  if (watched.look_at) watched.look_at(block);
+  for (std::size_t i = watched.count; i-- > 0;) {
+    if (watched.blocks[i] != block) continue;
+    watched.blocks[i] = watched.blocks[--watched.count];
+    return;
+  }
+}
+
 // The allocator behind this one: the C library's, or that of a sanitizer, which thus still sees every leak.
 // While it is looked up there is none.
 template <class Function>
@@ -94,6 +120,22 @@ bool allocation::stop_refusing() noexcept {
 
 std::size_t allocation::largest_asked() noexcept { return plan.largest; }
 
+allocation::Watch::Watch(void (*look_at)(const void *)) noexcept {
+  watched.count = 0;
+  watched.look_at = look_at;
+  watching = true;
+}
+// What is left and was not given back is a leak from here on, for a sanitizer to find.
+allocation::Watch::~Watch() {
+  watching = false;
+  std::fill_n(watched.blocks, watched.count, nullptr);
+}
+
+std::size_t allocation::Watch::left() const noexcept { return watched.count; }
+void allocation::Watch::give_back() noexcept {
+  while (watched.count > 0) std::free(watched.blocks[watched.count - 1]);
+}
+
 allocation::Granted::Granted() noexcept : armed(plan.armed), first(granted(nullptr, 0)) {
   plan.armed = false;
 }
@@ -103,17 +145,24 @@ extern "C" {
 
 TW_PLAIN void *malloc(std::size_t size) {
   auto *real = next<void *(std::size_t)>("malloc");
-  return real && granted(__builtin_return_address(0), size) ? real(size) : nullptr;
+  return real && granted(__builtin_return_address(0), size) ? noted(real(size)) : nullptr;
 }
 
 TW_PLAIN void *calloc(std::size_t count, std::size_t size) {
   auto *real = next<void *(std::size_t, std::size_t)>("calloc");
-  return real && granted(__builtin_return_address(0), count * size) ? real(count, size) : nullptr;
+  return real && granted(__builtin_return_address(0), count * size) ? noted(real(count, size)) : nullptr;
 }
 
 TW_PLAIN void *realloc(void *old, std::size_t size) {
   auto *real = next<void *(void *, std::size_t)>("realloc");
-  return real && granted(__builtin_return_address(0), size) ? real(old, size) : nullptr;
+  if (!real || !granted(__builtin_return_address(0), size)) return nullptr;
+  forget(old);
+  return noted(real(old, size));
+}
+
+TW_PLAIN void free(void *block) {
+  forget(block);
+  if (auto *real = next<void(void *)>("free")) real(block);
 }
 
 // The C library's allocates with malloc(), a sanitizer's does not.
@@ -125,7 +174,10 @@ TW_PLAIN char *strdup(const char *text) {
 
 TW_PLAIN int posix_memalign(void **out, std::size_t alignment, std::size_t size) {
   auto *real = next<int(void **, std::size_t, std::size_t)>("posix_memalign");
-  return real && granted(__builtin_return_address(0), size) ? real(out, alignment, size) : ENOMEM;
+  if (!real || !granted(__builtin_return_address(0), size)) return ENOMEM;
+  const int failed = real(out, alignment, size);
+  if (!failed) noted(*out);
+  return failed;
 }
 }
 

@@ -167,6 +167,7 @@ const Case rows[] = {
     {"cfg_push_exec_ctxt_add_node", add_node},
     {"cfg_push_exec_ctxt_add_template",
      [] { sweep([](World &w) { return cfg_push_exec_ctxt_add_template(w.push, kNew); }, gives(1)); }},
+    {"cfg_push_exec_ctxt_dispose", [] { release(cfg_push_exec_ctxt_dispose, &World::push); }},
     {"cfg_push_exec_ctxt_free", free_push},
     {"cfg_push_exec_ctxt_get_by_id",
      [] { push([](World &w) { return cfg_push_exec_ctxt_get_by_id(w.store, kPush); }, true); }},

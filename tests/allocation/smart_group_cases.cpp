@@ -173,6 +173,15 @@ const Case rows[] = {
      [] { sweep([](World &w) { return cfg_smartgroup_get_uuid(w.group); }, gives_text(kSmartGroup)); }},
     {"cfg_smartgroup_list_count",
      [] { with_list(cfg_smartgroup_list_count, [](int32_t count) { return count == 1; }); }},
+    {"cfg_smartgroup_list_dispose",
+     [] {
+       sweep(
+           [](World &w) {
+             cfg_smartgroup_list_dispose(list_of(w));
+             return true;
+           },
+           [](World &, bool) { return true; });
+     }},
     {"cfg_smartgroup_list_free",
      [] {
        sweep(

@@ -94,6 +94,16 @@ void release() {
       });
 }
 
+void dispose() {
+  sweep(
+      [](World &w) {
+        cfg_template_dispose(w.dummy);
+        w.dummy = nullptr;
+        return 1;
+      },
+      gives(1));
+}
+
 void release_list() {
   sweep(
       [](World &w) {
@@ -110,6 +120,7 @@ const Case rows[] = {
     {"cfg_dummy_template_set_dummy_field",
      [] { text_setter(cfg_dummy_template_set_dummy_field, cfg_dummy_template_get_dummy_field, kRecord); }},
     {"cfg_template_delete", remove},
+    {"cfg_template_dispose", dispose},
     {"cfg_template_free", release},
     {"cfg_template_get_by_id",
      [] { load([](World &w) { return cfg_template_get_by_id(w.store, kTemplate); }); }},

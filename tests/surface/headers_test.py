@@ -40,10 +40,11 @@ class PublicHeaders(unittest.TestCase):
     def test_the_umbrellas_include_every_header_beside_them(self):
         for library in headers.libraries():
             folder = ROOT / ("include" if library == "twobject" else f"platform/{library}/include")
-            for umbrella in folder.glob("*.h"):
-                for part in sorted((folder / umbrella.stem).glob("*.h")):
+            for umbrella in sorted(folder.glob("*.h*")):
+                language = [surface.CC, "-std=c11"] if umbrella.suffix == ".h" else [surface.CXX, "-std=c++20"]
+                reached = surface.output(*language, "-MM", *surface.include_options(), umbrella)
+                for part in sorted((folder / umbrella.stem).glob("*" + umbrella.suffix)):
                     name = f"{umbrella.stem}/{part.name}"
-                    reached = surface.output(surface.CC, "-std=c11", "-MM", *surface.include_options(), umbrella)
                     with self.subTest(name):
                         self.assertIn(name, reached)
 

@@ -80,8 +80,7 @@ void list(const options &opts) {
                              {"tags", "TAGS"},
                              {"templates", "TEMPLATES"}});
   bundle_list all(cfg_bundle_list_new(work.store()));
-  for (int32_t i = 0; i < cfg_bundle_list_count(all.get()); i++) {
-    bundle_record one(cfg_bundle_list_get_bundle(all.get(), i));
+  for (const bundle_record &one : entries(all.get())) {
     if (!one) throw store_failure(work.store(), "cannot read a bundle");
     result.add({cell_of(cfg_bundle_get_uuid(one.get())), cell_of(cfg_bundle_get_name(one.get())),
                 cfg_bundle_get_auto_approve(one.get()) != 0, unless_empty(joined(tags_of(one.get()))),
@@ -229,10 +228,7 @@ void show_token(const options &opts, const token_arguments &arguments) {
   session work(opts, session::access::read);
   secret token;
   if (arguments.request) {
-    char *text = cfg_bundle_get_global_request_token(work.store());
-    token = secret(view(text));
-    if (text) explicit_bzero(text, token.size());
-    std::free(text);
+    token = secret(view(request_token(work.store()).get()));
   } else {
     token = secret(view(cfg_bundle_get_token(find_bundle(work.store(), arguments.bundle).get())));
   }

@@ -199,8 +199,8 @@ void show_authority(const options &opts, bool pem) {
   if (!cfg_blob_value(cfg_get_by_path(work.store(), "services.ca.certificate"), &data, &length))
     throw failure(exit_code::not_found, "the store has no certificate authority", "",
                   "make a store with 'twctl init'");
+  heap_block owned(data);
   std::string certificate(static_cast<char *>(data), length);
-  std::free(data);
   if (pem && !opts.json()) {
     fmt::print("{}", certificate);
     return;
@@ -215,10 +215,9 @@ void show_authority(const options &opts, bool pem) {
 std::map<std::string, std::string> holders(cfg *store) {
   std::map<std::string, std::string> result;
   cfg_elem *nodes = cfg_get_by_path(store, "nodes");
-  for (int32_t i = 0; cfg_elem *node = cfg_simple_get_listelem(store, nodes, i); i++) {
-    char *id = nullptr;
-    if (cfg_map_get_reference(store, node, "cert", &id)) result.emplace(take(id), cfg_get_listelem(nodes, i));
-  }
+  for (int32_t i = 0; cfg_elem *node = cfg_simple_get_listelem(store, nodes, i); i++)
+    if (heap_text id = text_from(cfg_map_get_reference, store, node, "cert"))
+      result.emplace(id.get(), cfg_get_listelem(nodes, i));
   return result;
 }
 

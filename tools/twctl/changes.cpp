@@ -93,25 +93,20 @@ class place_namer {
   std::string name_entry(const std::string &entry) {
     cfg_elem *element = cfg_get_by_id(store_, entry.c_str());
     cfg_elem *parent = cfg_get_parent_elem(store_, element);
-    char *parent_id = nullptr;
-    if (!cfg_elem_uuid(parent, &parent_id)) return entry;
-    std::string inside = name(take(parent_id));
+    heap_text parent_id = text_from(cfg_elem_uuid, parent);
+    if (!parent_id) return entry;
+    std::string inside = name(parent_id.get());
     if (cfg_elem_kind(parent) == CFG_MAP) return fmt::format("{}.{}", inside, key_of(parent, element));
     return fmt::format("{}[new {}]", inside, ++counts_[inside]);
   }
 
   /// The key under which a map holds an element that was made apart from it.
   std::string key_of(cfg_elem *map, cfg_elem *element) {
-    char **keys = nullptr;
-    int32_t count = 0;
-    std::string found;
-    if (!cfg_map_keys(map, &keys, &count)) return found;
-    for (int32_t i = 0; i < count; i++) {
-      std::string key = take(keys[i]);
-      if (cfg_simple_get_mapelem(store_, map, key.c_str()) == element) found = key;
-    }
-    std::free(keys);
-    return found;
+    std::optional<heap_texts> keys = map_keys(map);
+    if (!keys) return {};
+    for (const char *key : *keys)
+      if (cfg_simple_get_mapelem(store_, map, key) == element) return key;
+    return {};
   }
 
   cfg *store_;

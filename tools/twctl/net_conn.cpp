@@ -112,8 +112,8 @@ void set(const options &opts, const std::string &reference, const std::vector<st
 conn_record find_conn(cfg *store, const std::string &reference) {
   if (reference.starts_with("system_net_conns-"))
     if (conn_record one(cfg_get_net_conn_by_id(store, reference.c_str())); one) return one;
-  for (conn_record &one : all_conns(store))
-    if (view(cfg_net_conn_get_name(one.get())) == reference) return std::move(one);
+  for (conn_record one : all_conns(store))
+    if (view(cfg_net_conn_get_name(one.get())) == reference) return one;
   not_found("connection", reference, "net conn");
 }
 

@@ -88,10 +88,10 @@ void set(const options &opts, const set_arguments &arguments) {
 physif_record find_physif(cfg *store, const std::string &reference) {
   if (reference.starts_with("system_net_physifs-"))
     if (physif_record one(cfg_get_net_physif_by_id(store, reference.c_str())); one) return one;
-  for (physif_record &one : all_physifs(store))
+  for (physif_record one : all_physifs(store))
     if (view(cfg_net_physif_get_name(one.get())) == reference ||
         view(cfg_net_physif_get_device(one.get())) == reference)
-      return std::move(one);
+      return one;
   not_found("interface", reference, "net physif");
 }
 

@@ -18,17 +18,6 @@ const char *const condition_help =
 
 namespace {
 
-/// The heap array of IDs that the search service's client hands out.
-class found_ids {
- public:
-  ~found_ids() {
-    for (int32_t i = 0; i < size; i++) std::free(items[i]);
-    std::free(static_cast<void *>(items));
-  }
-  char **items = nullptr;
-  int32_t size = 0;
-};
-
 cfg_condition *read_term(const std::string &term) {
   size_t equals = term.find('=');
   if (equals == std::string::npos)
@@ -66,10 +55,10 @@ condition_tree read_condition(const std::vector<std::string> &terms) {
 
 std::string query_of(const cfg_condition *tree) {
   json_value json(condition_to_json(tree));
-  char *text = json ? json_dumps(json.get(), JSON_COMPACT) : nullptr;
+  heap_text text(json ? json_dumps(json.get(), JSON_COMPACT) : nullptr);
   if (!text)
     throw failure(exit_code::invalid_input, "this condition cannot be written as JSON", "is it UTF-8?");
-  return take(text);
+  return text.get();
 }
 
 failure search_failure() {
@@ -83,25 +72,21 @@ failure search_failure() {
 }
 
 void list_found(const session &work, const condition_tree &tree, int32_t limit) {
-  char *text = twsearch_create("nodes", tree.get(), 0, nullptr);
-  if (!text) throw search_failure();
-  std::string id = take(text);
-  found_ids found;
-  int32_t count = 0;
-  int32_t size = twsearch_fetch(id.c_str(), 0, limit, &found.items, &count, 0, nullptr);
-  if (size < 0) throw search_failure();
-  found.size = size;
+  heap_text result_id = search("nodes", tree.get());
+  if (!result_id) throw search_failure();
+  search_result found = fetch(result_id.get(), 0, limit);
+  if (found.status < 0) throw search_failure();
   listing result(
       "nodes",
       {{"id", "ID"}, {"name", "NAME"}, {"product", "PRODUCT"}, {"status", "STATUS"}, {"address", "ADDRESS"}});
-  for (int32_t i = 0; i < size; i++) {
-    node_record node(cfg_get_node_by_id(work.store(), found.items[i]));
+  for (const char *id : found.ids) {
+    node_record node(cfg_get_node_by_id(work.store(), id));
     const cfg_node *n = node.get();  // none when it was deleted meanwhile: its ID alone is shown then
-    result.add({cell_of(found.items[i]), cell_of(cfg_node_get_name(n)), cell_of(cfg_node_get_product(n)),
+    result.add({cell_of(id), cell_of(cfg_node_get_name(n)), cell_of(cfg_node_get_product(n)),
                 cell_of(cfg_node_get_status(n)), cell_of(cfg_node_get_address(n))});
   }
   result.print(work.opts());
-  if (count > size) work.note(fmt::format("{} of {} shown.", size, count));
+  if (found.total > found.status) work.note(fmt::format("{} of {} shown.", found.status, found.total));
 }
 
 void add_search(CLI::App &program, const options &opts) {

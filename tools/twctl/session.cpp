@@ -133,9 +133,8 @@ void session::note(const std::string &text) const {
 }
 
 std::string final_id(cfg *store, const std::string &id) {
-  char *now = nullptr;
-  if (!cfg_elem_uuid(cfg_get_by_id(store, id.c_str()), &now)) return id;
-  return take(now);
+  heap_text now = text_from(cfg_elem_uuid, cfg_get_by_id(store, id.c_str()));
+  return now ? now.get() : id;
 }
 
 }  // namespace twctl

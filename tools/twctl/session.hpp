@@ -60,7 +60,7 @@ class session {
   void hand_over(const std::string &why, outcome &edit);
 
   const options &opts_;
-  std::unique_ptr<cfg, releaser<cfg_close>> store_;
+  store_handle store_;
 };
 
 /// The ID that a new element got from the commit (the provisional one before it).

@@ -82,13 +82,10 @@ const setting &find(const std::string &name) {
 
 cell value_of(cfg *store, const setting &one) {
   if (const auto *number = std::get_if<number_setting>(&one.access)) {
-    int32_t value = 0;
-    if (!number->get(store, &value)) return {};
-    return int64_t{value};
+    std::optional<int32_t> value = number_from(number->get, store);
+    return value ? cell(int64_t{*value}) : cell();
   }
-  char *value = nullptr;
-  if (!std::get<text_setting>(one.access).get(store, &value)) return {};
-  return take(value);
+  return cell_of(text_from(std::get<text_setting>(one.access).get, store).get());
 }
 
 std::string with_unit(const setting &one) { return *one.unit ? fmt::format(" {}", one.unit) : std::string(); }

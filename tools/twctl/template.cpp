@@ -18,10 +18,8 @@ constexpr int32_t kinds[] = {CFG_TEMPLATE_DUMMY, CFG_TEMPLATE_PORTS, CFG_TEMPLAT
 /// The first committed template with this name; empty when there is none.
 template_record named(cfg *store, const std::string &name) {
   template_list all(cfg_template_list_new(store));
-  for (int32_t i = 0; i < cfg_template_list_count(all.get()); i++) {
-    template_record one(cfg_template_list_get_template(all.get(), i));
+  for (template_record one : entries(all.get()))
     if (one && view(cfg_template_get_name(one.get())) == name) return one;
-  }
   return nullptr;
 }
 
@@ -34,8 +32,7 @@ void list(const options &opts) {
   listing result("templates",
                  {{"id", "ID"}, {"name", "NAME"}, {"kind", "KIND"}, {"description", "DESCRIPTION"}});
   template_list all(cfg_template_list_new(work.store()));
-  for (int32_t i = 0; i < cfg_template_list_count(all.get()); i++) {
-    template_record one(cfg_template_list_get_template(all.get(), i));
+  for (const template_record &one : entries(all.get())) {
     if (!one) throw store_failure(work.store(), "cannot read a template");
     result.add({cell_of(cfg_template_get_uuid(one.get())), cell_of(cfg_template_get_name(one.get())),
                 kind_of(one.get()), cell_of(cfg_template_get_description(one.get()))});

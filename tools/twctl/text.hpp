@@ -28,7 +28,7 @@ std::optional<bool> parse_truth(std::string_view text);
 bool is_host(std::string_view text);
 /// Seconds since the epoch as "2026-01-31T10:20:30Z".
 std::string utc_time(int64_t seconds);
-/// Frees what libtwconfig and libtwobject hand out as heap copies.
+/// The text of a heap copy that libtwconfig or libtwobject hands out, which is freed; "" for NULL.
 std::string take(char *heap_text);
 /// A text that may be NULL.
 inline std::string_view view(const char *text) { return text ? std::string_view(text) : std::string_view(); }
