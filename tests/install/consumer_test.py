@@ -46,7 +46,7 @@ class Consumer(unittest.TestCase):
 
     def test_a_c11_and_a_cpp20_program_build_and_run_by_pkg_config(self):
         self.compile(surface.CC, C11, "hostname.c", self.folder / "hostname", "twobject")
-        self.compile(surface.CXX, CPP20, "enrol.cpp", self.folder / "enrol", "twobject", "twlog")
+        self.compile(surface.CXX, CPP20, "enrol.cpp", self.folder / "enrol", "twobject")
         self.check(self.folder)
 
     def build_by_cmake(self, prefix):
