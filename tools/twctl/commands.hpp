@@ -21,11 +21,13 @@ void add_boot_flag(CLI::App &program, const options &opts);
 void add_node(CLI::App &program, const options &opts);
 /// The verbs of "node" that are about enrolled nodes.
 void add_node_live(CLI::App *noun, const options &opts);
+void add_port(CLI::App &program, const options &opts);
 void add_fleet(CLI::App &program, const options &opts);
 void add_cert(CLI::App &program, const options &opts);
 void add_tag(CLI::App &program, const options &opts);
 void add_bundle(CLI::App &program, const options &opts);
 void add_template(CLI::App &program, const options &opts);
+void add_smartgroup(CLI::App &program, const options &opts);
 void add_search(CLI::App &program, const options &opts);
 void add_services(CLI::App &program, const options &opts);
 void add_store(CLI::App &program, const options &opts);
