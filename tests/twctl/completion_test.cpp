@@ -41,6 +41,8 @@ TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
   EXPECT_EQ(offers({"bundle", "token", "--remove", "--req"}), "--request");
   EXPECT_EQ(offers({"services", "sta"}), "start status");
   EXPECT_EQ(offers({"node", "en"}), "enroll");
+  EXPECT_EQ(offers({"port", "set", "rack-1", "3", "pa"}), "parity=");
+  EXPECT_EQ(offers({"smart"}), "smartgroup");
   EXPECT_EQ(offers({"--dry-run", "cert", "re"}), "revoke");
   EXPECT_EQ(offers({"node", "enroll", "--product", "acs"}), "acs6000 acs8000 acs_classic");
   EXPECT_EQ(offers({"-o", ""}), "table json");
@@ -98,6 +100,16 @@ TEST_F(TwctlCompletion, EveryOptionOfEveryVerbIsOffered) {
                                         {"node", "approve"},
                                         {"node", "tag"},
                                         {"node", "unenroll"},
+                                        {"port", "list"},
+                                        {"port", "show"},
+                                        {"port", "set"},
+                                        {"port", "add"},
+                                        {"smartgroup", "list"},
+                                        {"smartgroup", "show"},
+                                        {"smartgroup", "nodes"},
+                                        {"smartgroup", "create"},
+                                        {"smartgroup", "set"},
+                                        {"smartgroup", "delete"},
                                         {"tag", "list"},
                                         {"tag", "show"},
                                         {"tag", "add"},

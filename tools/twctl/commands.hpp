@@ -25,6 +25,7 @@ void add_https_csr(CLI::App *https, const options &opts);
 void add_node(CLI::App &program, const options &opts);
 /// The verbs of "node" that are about enrolled nodes.
 void add_node_live(CLI::App *noun, const options &opts);
+void add_port(CLI::App &program, const options &opts);
 void add_fleet(CLI::App &program, const options &opts);
 void add_cert(CLI::App &program, const options &opts);
 void add_user(CLI::App &program, const options &opts);
@@ -42,6 +43,7 @@ void add_template_change(CLI::App *noun, const options &opts);
 void add_push(CLI::App &program, const options &opts);
 /// The verbs of "push" that show how far it has come.
 void add_push_view(CLI::App *noun, const options &opts);
+void add_smartgroup(CLI::App &program, const options &opts);
 void add_search(CLI::App &program, const options &opts);
 void add_services(CLI::App &program, const options &opts);
 void add_store(CLI::App &program, const options &opts);
