@@ -39,8 +39,7 @@ bool parse(int argc, char **argv, Options &options) {
       options.directory = value;
     else if (choice == 'o' &&
              (value == "access" || value == "read" || value == "ports" || value == "pushes" ||
-              value == "requests" ||
-              value == "commit" || value == "import" || value == "fresh"))
+              value == "requests" || value == "commit" || value == "import" || value == "fresh"))
       options.only = value;
     else if (choice == 'p' && std::atoi(optarg) > 0)
       options.port_nodes = static_cast<std::uint32_t>(std::atoi(optarg));

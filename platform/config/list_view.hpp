@@ -37,6 +37,9 @@ class ListView {
   bool sound_ = false;
 };
 
+// The entry of a list, or of a search's result, at an index; NULL when none is there or it is gone. `list`
+// must be bound.
+Head *entry_at(Head *list, std::uint32_t index);
 // The numbers of the committed entries of a distant list, in order; NULL when its head is missing.
 const std::vector<std::uint32_t> *numbers_of(Store &store, std::uint32_t list);
 

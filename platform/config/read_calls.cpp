@@ -361,9 +361,9 @@ int cfg_list_ids(cfg_elem *list, cfg_id_visitor visit, void *context) noexcept {
     }
     std::int32_t size = 0;
     if (cfg_list_size(list, &size) == 0) return 0;
-    while (index < size) {
-      const char *id = cfg_get_listelem(list, index);
-      if (visit(context, index++, id) == 0) return 1;
+    for (; index < size; ++index) {
+      Head *entry = entry_at(head, static_cast<std::uint32_t>(index));
+      if (visit(context, index, entry == nullptr ? nullptr : entry->id()) == 0) return 1;
     }
     return 1;
   });

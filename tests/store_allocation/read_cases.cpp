@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include "store_allocation/cases.hpp"
 
 namespace store_allocation {

@@ -15,7 +15,9 @@ class TwctlNodeParts : public twctl_test {
 
 cfg_elem *entry_of(cfg *store, cfg_elem *parent, const char *key) {
   cfg_elem *list = cfg_simple_get_mapelem(store, parent, key), *entry = cfg_new_map(store);
-  if (!list) EXPECT_TRUE(cfg_add_mapelem(store, parent, key, list = cfg_new_list(store)));
+  if (!list) {
+    EXPECT_TRUE(cfg_add_mapelem(store, parent, key, list = cfg_new_list(store)));
+  }
   EXPECT_TRUE(cfg_add_listelem(store, list, entry));
   return entry;
 }

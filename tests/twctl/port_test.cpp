@@ -8,7 +8,7 @@ class TwctlPort : public twctl_test {
  protected:
   void SetUp() override {
     init();
-    run_json({"node", "enroll", "--product", "generic", "--name", "lab-1", "--address", "10.0.0.7",
+    run_json({"node", "enroll", "--product", "cisco2900", "--name", "lab-1", "--address", "10.0.0.7",
               "--connection", "ssh", "--username", "root", "--password-file", password()});
     run_json({"node", "enroll", "--product", "tarnwell", "--name", "rack-1"});
   }

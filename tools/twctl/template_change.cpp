@@ -22,21 +22,6 @@ constexpr field<cfg_ugt_group_operation> group_fields[] = {
         "description", "Description"),
 };
 
-/// A user's or group's share of an operation, until the template has it. The free function empties it only.
-template <typename Operation, void (*Empty)(Operation *)>
-struct operation_releaser {
-  void operator()(Operation *one) const {
-    Empty(one);
-    std::free(one);
-  }
-};
-using user_operation =
-    std::unique_ptr<cfg_ugt_user_operation,
-                    operation_releaser<cfg_ugt_user_operation, cfg_ugt_free_user_operation>>;
-using group_operation =
-    std::unique_ptr<cfg_ugt_group_operation,
-                    operation_releaser<cfg_ugt_group_operation, cfg_ugt_free_group_operation>>;
-
 /// The names that a record gives by their index, joined by ';'.
 template <typename Record>
 cell names_of(const Record *record, int32_t (*count)(const Record *),
@@ -117,7 +102,7 @@ void add_user_change(const options &opts, const change_arguments &arguments) {
   session work(opts, session::access::write);
   template_record one = find_users_groups(work.store(), arguments.reference);
   require_operation(one.get(), CFG_UGT_USER_ADD, CFG_UGT_USER_SET_LIST);
-  user_operation user(cfg_ugt_new_user_operation());
+  user_operation_record user(cfg_ugt_new_user_operation());
   require_set(cfg_ugt_user_operation_set_username(user.get(), arguments.name.c_str()), "the name");
   set_fields(user_fields, user.get(), values);
   if (arguments.password.given())
@@ -127,8 +112,7 @@ void add_user_change(const options &opts, const change_arguments &arguments) {
     require_label(group, "the name of a group");
     require_set(cfg_ugt_user_operation_add_group(user.get(), group.c_str()), "a group");
   }
-  require_set(cfg_ugt_add_user_operation(one.get(), user.get()), "the user");
-  static_cast<void>(user.release());  // the template's now
+  require_set(add_user_operation(one.get(), user), "the user");
   save(work, one.get());
 }
 
@@ -138,15 +122,14 @@ void add_group_change(const options &opts, const change_arguments &arguments) {
   session work(opts, session::access::write);
   template_record one = find_users_groups(work.store(), arguments.reference);
   require_operation(one.get(), CFG_UGT_GROUP_ADD, CFG_UGT_GROUP_SET_LIST);
-  group_operation group(cfg_ugt_new_group_operation());
+  group_operation_record group(cfg_ugt_new_group_operation());
   require_set(cfg_ugt_group_operation_set_groupname(group.get(), arguments.name.c_str()), "the name");
   set_fields(group_fields, group.get(), values);
   for (const std::string &role : arguments.names) {
     require_label(role, "the name of a role");
     require_set(cfg_ugt_group_operation_add_role(group.get(), role.c_str()), "a role");
   }
-  require_set(cfg_ugt_add_group_operation(one.get(), group.get()), "the group");
-  static_cast<void>(group.release());  // the template's now
+  require_set(add_group_operation(one.get(), group), "the group");
   save(work, one.get());
 }
 
