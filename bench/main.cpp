@@ -13,7 +13,7 @@
 namespace {
 
 constexpr const char *kUsage =
-    "usage: twbench [--dir DIR] [--only access|read|ports|pushes|commit|import|fresh]\n"
+    "usage: twbench [--dir DIR] [--only access|read|ports|pushes|requests|commit|import|fresh]\n"
     "               [--port-nodes N] [--effort FACTOR]\n"
     "  --dir     where the stores are kept meanwhile; a disk, or the durable figures mean nothing\n"
     "            (default: the build directory)\n"
@@ -39,7 +39,7 @@ bool parse(int argc, char **argv, Options &options) {
       options.directory = value;
     else if (choice == 'o' &&
              (value == "access" || value == "read" || value == "ports" || value == "pushes" ||
-              value == "commit" || value == "import" || value == "fresh"))
+              value == "requests" || value == "commit" || value == "import" || value == "fresh"))
       options.only = value;
     else if (choice == 'p' && std::atoi(optarg) > 0)
       options.port_nodes = static_cast<std::uint32_t>(std::atoi(optarg));
@@ -66,6 +66,7 @@ void measure(const Options &options, const std::string &program) {
   if (wanted("access")) measure_access(settings, table);
   if (wanted("ports")) measure_ports(settings, table);
   if (wanted("pushes")) measure_pushes(settings, table);
+  if (wanted("requests")) measure_requests(settings, table);
   if (wanted("import")) measure_imports(settings, table);
   if (wanted("commit") || wanted("fresh")) {
     // The fresh process opens the large store that the commits were measured on.

@@ -35,6 +35,8 @@ void measure_imports(const Settings &settings, Table &table);
 void measure_access(const Settings &settings, Table &table);
 // Making, saving and reading a push as its nodes grow.
 void measure_pushes(const Settings &settings, Table &table);
+// A certificate request with a new key, against the key alone.
+void measure_requests(const Settings &settings, Table &table);
 // A fresh process on the store in `large`: time to the first value, and memory as nodes are read.
 void measure_fresh_processes(const Settings &settings, const std::string &large, Table &table);
 

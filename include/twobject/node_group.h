@@ -23,7 +23,7 @@ TW_API cfg_node_group *cfg_node_get_node_group(const cfg_node *node, int32_t ind
 TW_API cfg_node_group *cfg_node_new_group(cfg_node *node, const char *name) TW_NOEXCEPT;
 /**
  * Takes a group out of the node's record. The group is not freed: from now on it is the caller's.
- * @return 1, or 0 with nothing changed when it is none of the node's
+ * @return 1, or 0 with nothing changed when it is none of the node's or memory is short
  */
 TW_API int cfg_node_delete_group(cfg_node *node, const cfg_node_group *group) TW_NOEXCEPT;
 /**

@@ -310,7 +310,13 @@ Found find_key(Head *map, std::string_view key) {
 }
 
 std::string entry_id_front(const Head &map, std::string_view key) {
-  return flatten(child_id(map, key)) + '-';
+  const KeyName &name = *map.store->names.intern(key);
+  std::string front = &map == map.store->root ? std::string() : flatten(map.id());
+  front.reserve(front.size() + name.flat.size() + 12);  // the number of an entry, too
+  if (&map != map.store->root) front += '_';
+  front += name.flat;
+  front += '-';
+  return front;
 }
 
 Head *head_of(Head *holder, Node *node) {

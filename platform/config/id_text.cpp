@@ -1,5 +1,7 @@
 #include "id_text.hpp"
 
+#include <algorithm>
+
 #include "limits.hpp"
 
 namespace twcfg {
@@ -74,6 +76,8 @@ bool unescape_key(std::string_view text, std::string &key) {
 }
 
 std::string flatten(std::string_view id) {
+  // Most IDs hold nothing to flatten: those of list entries.
+  if (std::none_of(id.begin(), id.end(), [](char c) { return c == '.' || c == '~'; })) return std::string(id);
   std::string out;
   out.reserve(id.size());
   for (std::size_t i = 0; i < id.size(); ++i) {

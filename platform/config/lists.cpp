@@ -84,4 +84,10 @@ Head *ListView::at(std::uint32_t index) {
   return where < numbers->size() ? entry_of(list_, (*numbers)[where]) : nullptr;
 }
 
+Head *entry_at(Head *list, std::uint32_t index) {
+  if (list->result == nullptr) return ListView(list).at(index);
+  const auto &entries = list->result->entries;
+  return index < entries.size() ? bound(entries[index]) : nullptr;
+}
+
 }  // namespace twcfg

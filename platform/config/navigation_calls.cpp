@@ -112,11 +112,7 @@ cfg_elem *cfg_simple_get_listelem(cfg *store, cfg_elem *list, int32_t index) noe
   return guarded(store, static_cast<cfg_elem *>(nullptr), [&]() -> cfg_elem * {
     Head *head = checked(store, list);
     if (head == nullptr || head->kind != CFG_LIST) return nullptr;
-    const auto at = static_cast<std::uint32_t>(index);
-    if (head->result != nullptr) {
-      return at < head->result->entries.size() ? elem_of(bound(head->result->entries[at])) : nullptr;
-    }
-    return elem_of(ListView(head).at(at));
+    return elem_of(entry_at(head, static_cast<std::uint32_t>(index)));
   });
 }
 

@@ -12,6 +12,7 @@
 //   blob     tag 11, u32 length, bytes, NUL
 // A map with bit 64 in its tag has one offset more, to its retired numbers: u32 count, for each list that
 // once was there u32 next number, u16 length, flattened name. Numbers are little-endian and not aligned.
+// The values of a map may stand in any order; those that are neither map nor list are written in front.
 // Offsets count from the start of the record. Every offset and length is checked when it is followed.
 #pragma once
 

@@ -91,6 +91,18 @@ void Packer::node(const Node *node) {
   }
 }
 
+// One key of a map, whose offsets stand at `slot`.
+void Packer::entry(const MapItem &item, std::size_t slot, bool spelled) {
+  if (spelled) {
+    patch(slot, out_.size());
+    slot += width_;
+    out_.put(static_cast<std::uint8_t>(item.key->text.size()));
+    out_.append(item.key->text);
+  }
+  patch(slot, out_.size());
+  node(item.node);
+}
+
 void Packer::map(const MapNode &map) {
   const MapLayout &layout = plan_.layout_of(map);
   const bool spelled = layout.shape >= kMaxShapes;
@@ -98,21 +110,20 @@ void Packer::map(const MapNode &map) {
   const auto flag = static_cast<std::uint8_t>(retired_table.empty() ? 0 : kTagRetired);
   out_.put(static_cast<std::uint8_t>((spelled ? kTagSpelled : kTagMap) | flag));
   out_.put(spelled ? static_cast<std::uint32_t>(layout.sorted.size()) : layout.shape);
-  std::size_t slot = slots((layout.sorted.size() * (spelled ? 2 : 1) + (flag != 0 ? 1 : 0)) * width_);
-  for (const std::uint16_t index : layout.sorted) {
-    const MapItem &item = map.items[index];
-    if (spelled) {
-      patch(slot, out_.size());
-      slot += width_;
-      out_.put(static_cast<std::uint8_t>(item.key->text.size()));
-      out_.append(item.key->text);
+  const std::size_t step = (spelled ? 2 : 1) * width_;
+  const std::size_t first = slots(layout.sorted.size() * step + (flag != 0 ? width_ : 0));
+  // What is plain stands in front, close to the offsets, and what is nested behind: a scan reads a few plain
+  // values of each record and then touches the record's first lines only.
+  for (const bool nested : {false, true}) {
+    std::size_t slot = first;
+    for (const std::uint16_t index : layout.sorted) {
+      const MapItem &item = map.items[index];
+      if ((item.node->kind <= CFG_LIST) == nested) entry(item, slot, spelled);
+      slot += step;
     }
-    patch(slot, out_.size());
-    slot += width_;
-    node(item.node);
   }
   if (flag != 0) {
-    patch(slot, out_.size());
+    patch(first + layout.sorted.size() * step, out_.size());
     out_.append(retired_table);
   }
 }

@@ -26,6 +26,7 @@ class Packer {
   bool pack(const Node *root, bool wide);
   void node(const Node *node);
   void map(const MapNode &map);
+  void entry(const MapItem &item, std::size_t slot, bool spelled);
   void list(const ListNode &list);
   template <class Length>
   void bytes(Tag tag, std::string_view data);

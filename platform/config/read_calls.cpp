@@ -1,5 +1,10 @@
 // The C functions that read many values at once without copies.
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+
 #include "calls.hpp"
+#include "id_text.hpp"
 #include "list_view.hpp"
 #include "store.hpp"
 
@@ -8,9 +13,10 @@ using namespace twcfg;
 namespace {
 
 // A value as it is handed out. That of a map or list also says where this stands: a node of the edit has no
-// length, and a stored record is never empty.
-cfg_value handed_out(const Found &found) {
-  cfg_value value = found.value();
+// length, and a stored record is never empty. It is made where it is wanted: as the result of a call it would
+// be read whole right after it was written in parts, for which the processor waits, at each value of a scan.
+[[gnu::always_inline]] inline cfg_value handed_out(const Found &found) {
+  const cfg_value value = found.node != nullptr ? value_of(*found.node) : value_of(found.stored);
   if (value.kind != CFG_MAP && value.kind != CFG_LIST) return value;
   if (found.node != nullptr) return {value.kind, 0, reinterpret_cast<const char *>(found.node), 0};
   return {value.kind, static_cast<std::int32_t>(found.stored.at), found.stored.base, found.stored.size};
@@ -31,22 +37,17 @@ std::uintptr_t address(const char *bytes) { return reinterpret_cast<std::uintptr
 // used, and what is rare stands outside of it.
 class KeyReader {
  public:
-  KeyReader(Store &store, const cfg_keyset &set) : store_(store), set_(set), known_(store.keysets[&set]) {
+  KeyReader(Store &store, const cfg_keyset &set) : store_(store), set_(set), known_(store.keysets.of(set)) {
     if (known_.keys == set.keys && known_.names.size() == set.count) return;
-    known_ = {set.keys, {}, {}};
+    known_.keys = set.keys;
+    known_.names.clear();
+    known_.by_shape.clear();
     for (std::size_t i = 0; i < set.count; ++i) known_.names.push_back(store.names.intern(set.keys[i]));
   }
 
   [[gnu::always_inline]] bool read(const Found &map, cfg_value *values) {
     if (map.node != nullptr) return read_node(map.node, values);
     const std::size_t count = set_.count;
-    if (map_) {
-      // The maps of a list are much alike: the memory where the values would stand is asked for before the
-      // map has told where they do.
-      const std::uintptr_t shift = address(map.stored.base) - address(map_.record());
-      for (std::size_t i = 0; i < count; ++i)
-        __builtin_prefetch(reinterpret_cast<const void *>(address(values[i].data) + shift));
-    }
     if (!map_.follow(map.stored)) {
       map_ = PackedMap(map.stored, store_.shapes, *store_.snapshot);
       if (!map_) return false;
@@ -63,6 +64,16 @@ class KeyReader {
                                : handed_out({nullptr, packed.child(static_cast<std::uint32_t>(slots[i]))});
     }
     return true;
+  }
+
+  // Asks for the memory of a record that will be read: its begin, and where the values would stand if it were
+  // like the last one, for the records of a list are much alike.
+  [[gnu::always_inline]] void ask_for(const char *record, const cfg_value *last) const {
+    __builtin_prefetch(record);
+    if (!map_) return;
+    const std::uintptr_t shift = address(record) - address(map_.record());
+    for (std::size_t i = 0; i < set_.count; ++i)
+      __builtin_prefetch(reinterpret_cast<const void *>(address(last[i].data) + shift));
   }
 
  private:
@@ -98,15 +109,41 @@ class KeyReader {
   const std::int16_t *slots_ = nullptr;
 };
 
+// Room for one value for each key of a set, on the stack for all but the longest.
+class Values {
+ public:
+  explicit Values(std::size_t count) : many_(count > std::size(few_) ? count : 0) {}
+  cfg_value *data() { return many_.empty() ? few_ : many_.data(); }
+
+ private:
+  cfg_value few_[16];
+  std::vector<cfg_value> many_;
+};
+
+// The ID of one list entry after another.
+class EntryId {
+ public:
+  explicit EntryId(std::string front) : text_(std::move(front)), front_(text_.size()) {}
+  const char *of(std::uint32_t number) {
+    text_.resize(front_ + kDigits);
+    char *end = std::to_chars(text_.data() + front_, text_.data() + text_.size(), number).ptr;
+    text_.resize(static_cast<std::size_t>(end - text_.data()));
+    return text_.c_str();
+  }
+
+ private:
+  static constexpr std::size_t kDigits = 10;
+  std::string text_;
+  std::size_t front_;
+};
+
 // Visits the entries of a list that is not edited and lies in its owner's record: their IDs are put together
 // here, without a head for the list or for an entry.
 template <class Visit>
-void visit_packed(const PackedList &list, std::string id, Visit &&visit) {
-  const std::size_t front = id.size();
+void visit_packed(const PackedList &list, std::string id_front, Visit &&visit) {
+  EntryId id(std::move(id_front));
   for (std::uint32_t i = 0; i < list.count(); ++i) {
-    id.resize(front);
-    id += std::to_string(list.number(i));
-    if (!visit(id.c_str(), Found{nullptr, list.child(i)})) return;
+    if (!visit(id.of(list.number(i)), Found{nullptr, list.child(i)})) return;
   }
 }
 
@@ -122,12 +159,13 @@ void visit_heads(Head *list, Visit &&visit) {
 // Shows the entries of a list to the visitor until it ends the scan. The result is the entry at which it did
 // so, NULL when it saw them all.
 Head *scan(Head *list, const cfg_keyset &set, cfg_scan_visitor visit, void *context) {
-  std::vector<cfg_value> values(set.count);
+  Values room(set.count);
+  cfg_value *const values = room.data();
   KeyReader reader(*list->store, set);
   std::int32_t index = 0;
   const auto goes_on = [&](const Found &entry) {
-    if (!reader.read(entry, values.data())) values.assign(set.count, cfg_value{});
-    return visit(context, index++, values.data()) != 0;
+    if (!reader.read(entry, values)) std::fill_n(values, set.count, cfg_value{});
+    return visit(context, index++, values) != 0;
   };
   if (list->result != nullptr) {
     for (Head *result : list->result->entries) {
@@ -139,16 +177,33 @@ Head *scan(Head *list, const cfg_keyset &set, cfg_scan_visitor visit, void *cont
   std::uint32_t number = 0;
   Node *last = nullptr;
   bool ended = false;
-  ListView(list).each([&](std::uint32_t at, const Found &entry) {
+  const auto visit_entry = [&](std::uint32_t at, const Found &entry) {
     ended = !goes_on(entry);
     if (ended) {
       number = at;
       last = entry.node;
     }
     return !ended;
-  });
+  };
+  ListView(list).each(visit_entry, [&](std::string_view record) { reader.ask_for(record.data(), values); });
   if (!ended) return nullptr;
   return number == 0 ? last->head : entry_of(list, number);
+}
+
+// The numbers of a list's entries when nothing is edited about it; false when only its heads can tell.
+bool stored_numbers(Head *list, std::vector<std::uint32_t> &numbers) {
+  Store &store = *list->store;
+  if (list->result != nullptr || list->node != nullptr) return false;
+  if (const std::uint32_t distant = distant_list(list->stored); distant != 0) {
+    if (store.edit != nullptr && store.edit->lists.contains(distant)) return false;
+    const std::vector<std::uint32_t> *known = numbers_of(store, distant);
+    if (known == nullptr) return false;
+    numbers = *known;
+    return true;
+  }
+  const PackedList packed(list->stored);
+  for (std::uint32_t i = 0; i < packed.count(); ++i) numbers.push_back(packed.number(i));
+  return static_cast<bool>(packed);
 }
 
 Head *checked_list(Store *store, cfg_elem *list) {
@@ -156,6 +211,17 @@ Head *checked_list(Store *store, cfg_elem *list) {
   if (head == nullptr || head->result != nullptr || ListView(head)) return head;
   store->fail(CFG_E_CORRUPT, "the list \"%s\" is damaged", head->id());
   return nullptr;
+}
+
+// Shows the entries of a list that was read as a value, until the visitor ends it. False when it is no list.
+template <class Visit>
+bool each_value(Store &store, const cfg_value &list, Visit &&visit) {
+  if (!store.reading()) return false;
+  if (list.kind != CFG_LIST) return store.fail(CFG_E_ARGUMENT, "the value is no list") != 0;
+  const ListView view(store, place_of(list));
+  if (!view) return store.fail(CFG_E_CORRUPT, "the list is damaged") != 0;
+  view.each([&](std::uint32_t, const Found &entry) { return visit(handed_out(entry)); });
+  return true;
 }
 
 bool sound(const cfg_keyset *set) { return set != nullptr && set->keys != nullptr && set->count > 0; }
@@ -193,10 +259,11 @@ int cfg_child_scan(cfg_elem *map, const char *child, const cfg_keyset *set, cfg_
     if (head == nullptr) return 0;
     const Found list = find_key(head, child);
     if (!list || list.kind() != CFG_LIST) return 0;
-    std::vector<cfg_value> values(set->count);
+    Values room(set->count);
+    cfg_value *const values = room.data();
     KeyReader reader(*store, *set);
     const auto visit_entry = [&](const char *id, const Found &entry) {
-      return visit(context, id, reader.read(entry, values.data()) ? values.data() : nullptr) != 0;
+      return visit(context, id, reader.read(entry, values) ? values : nullptr) != 0;
     };
     if (list.node == nullptr && distant_list(list.stored) == 0)
       visit_packed(PackedList(list.stored), entry_id_front(*head, child), visit_entry);
@@ -215,18 +282,24 @@ int cfg_value_read(cfg *store, const cfg_value *map, const cfg_keyset *set, cfg_
   });
 }
 
+int32_t cfg_value_entries(cfg *store, const cfg_value *list, cfg_value *entries, int32_t room) noexcept {
+  if (!given(store, list, entries)) return -1;
+  return guarded(store, -1, [&] {
+    std::int32_t count = 0;
+    const bool read = each_value(*store, *list, [&](const cfg_value &value) {
+      if (count < room) entries[count] = value;
+      ++count;
+      return true;
+    });
+    return read ? count : -1;
+  });
+}
+
 int cfg_value_scan(cfg *store, const cfg_value *list, cfg_value_visitor visit, void *context) noexcept {
   if (!given(store, list, visit)) return 0;
   return guarded(store, 0, [&] {
-    if (!store->reading()) return 0;
-    if (list->kind != CFG_LIST) return store->fail(CFG_E_ARGUMENT, "the value is no list");
-    const ListView view(*store, place_of(*list));
-    if (!view) return store->fail(CFG_E_CORRUPT, "the list is damaged");
-    view.each([&](std::uint32_t, const Found &entry) {
-      const cfg_value value = handed_out(entry);
-      return visit(context, &value) != 0;
-    });
-    return 1;
+    return each_value(*store, *list, [&](const cfg_value &value) { return visit(context, &value) != 0; }) ? 1
+                                                                                                          : 0;
   });
 }
 
@@ -268,5 +341,30 @@ cfg_elem *cfg_list_find(cfg_elem *list, const cfg_keyset *set, cfg_scan_visitor 
     Head *head = checked_list(store, list);
     Head *found = head == nullptr ? nullptr : scan(head, *set, visit, context);
     return found == nullptr ? nullptr : found->elem();
+  });
+}
+
+int cfg_list_ids(cfg_elem *list, cfg_id_visitor visit, void *context) noexcept {
+  if (!given(store_of(list), visit)) return 0;
+  Store *store = Head::of(list)->store;
+  return guarded(store, 0, [&] {
+    Head *head = checked_list(store, list);
+    if (head == nullptr) return 0;
+    std::int32_t index = 0;
+    std::vector<std::uint32_t> numbers;
+    if (stored_numbers(head, numbers)) {
+      EntryId id(flatten(head->id()) + '-');
+      for (const std::uint32_t number : numbers) {
+        if (visit(context, index++, id.of(number)) == 0) return 1;
+      }
+      return 1;
+    }
+    std::int32_t size = 0;
+    if (cfg_list_size(list, &size) == 0) return 0;
+    for (; index < size; ++index) {
+      Head *entry = entry_at(head, static_cast<std::uint32_t>(index));
+      if (visit(context, index, entry == nullptr ? nullptr : entry->id()) == 0) return 1;
+    }
+    return 1;
   });
 }

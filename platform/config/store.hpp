@@ -16,6 +16,7 @@
 #include "head_table.hpp"
 #include "key_name.hpp"
 #include "key_space.hpp"
+#include "keyset_table.hpp"
 #include "limits.hpp"
 #include "message.hpp"
 #include "node.hpp"
@@ -65,13 +66,6 @@ struct SearchResult {
   bool idle = false;
 };
 
-// Where a key set's keys stand in maps of one shape.
-struct KeysetSlots {
-  const char *const *keys = nullptr;
-  std::vector<const KeyName *> names;
-  std::vector<std::vector<std::int16_t>> by_shape;
-};
-
 }  // namespace twcfg
 
 struct cfg {
@@ -91,7 +85,7 @@ struct cfg {
   twcfg::HeadTable by_id;           // those that were looked up, by the text of their ID
   std::string nonce;                // front of this handle's provisional IDs
   std::vector<twcfg::Head *> born;  // every new element, by the number in its ID
-  std::unordered_map<const cfg_keyset *, twcfg::KeysetSlots> keysets;
+  twcfg::KeysetTable keysets;
   std::unordered_map<std::uint32_t, twcfg::ListNumbers> list_numbers;
   std::unordered_map<std::string, twcfg::SearchIndex> indexes;
   std::vector<std::unique_ptr<twcfg::SearchResult>> results;

@@ -38,8 +38,9 @@ const tw::tables tw::etag_tables = lists;
 bool tw::load_etags(cfg_node &node, cfg_elem *elem) noexcept {
   std::vector<cfg_etag> etags;
   const auto take = [&](const char *id, const cfg_value *values) {
-    cfg_etag &etag = etags.emplace_back();
-    return !values || (etag.uuid.set(id) && tw::load_from(etag_keys, etag, values));
+    cfg_etag &etag = tw::add_slot(etags);
+    etag.texts = &node.texts;
+    return !values || (etag.uuid.set(id, etag.texts) && tw::load_from(etag_keys, etag, values));
   };
   if (!tw::each_entry(elem, "etags", etag_keys.keys, take)) return false;
   node.etags = std::move(etags);

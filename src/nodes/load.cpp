@@ -42,9 +42,8 @@ constexpr tw::load_list generic({
 bool load_kind(node &record, cfg_elem *elem) {
   switch (tw::kind_of(record.product)) {
     case tw::product_kind::tarnwell:
-      if (!tw::load_interfaces(record.interfaces, record, elem) ||
-          !tw::load_node_users(record.node_users, record.cfg, elem) ||
-          !tw::load_node_groups(record.node_groups, record.cfg, elem) || !tw::load_node_auth(record, elem) ||
+      if (!tw::load_interfaces(record, elem) || !tw::load_node_users(record, elem) ||
+          !tw::load_node_groups(record, elem) || !tw::load_node_auth(record, elem) ||
           !tw::load_etags(record, elem))
         return false;
       tw::load_below(tarnwell_ssh, record, elem, "ssh");

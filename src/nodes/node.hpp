@@ -19,6 +19,7 @@
 
 // An entry of the list that could not be read leaves an etag without ID in its place.
 struct cfg_etag {
+  tw::text_block *texts = nullptr;  // its node's
   tw::text uuid;
   tw::text name;
   tw::text status;
@@ -26,6 +27,7 @@ struct cfg_etag {
 };
 
 struct cfg_node : tw::object_view {
+  tw::text_block texts;  // those of its interfaces, users, groups and etags as well
   tw::text name;
   tw::text product;
   tw::text description;

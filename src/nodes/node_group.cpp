@@ -27,6 +27,11 @@ constexpr tw::named_list lists[] = {
     {"node group save", save_everything},
 };
 
+// A group that is taken out may outlive its node and the node's block.
+bool leave_node(group &record) noexcept {
+  return record.groupname.move_out() && record.description.move_out() && record.roles.move_out();
+}
+
 void store_what_can_be(const group &record, cfg *handle, cfg_elem *map) noexcept {
   for (const tw::row_data &row : save_everything.rows_) row.store(handle, map, row.key, &record);
 }
@@ -35,12 +40,14 @@ void store_what_can_be(const group &record, cfg *handle, cfg_elem *map) noexcept
 
 const tw::tables tw::node_group_tables = lists;
 
-bool tw::load_node_groups(group_slots &groups, cfg *store, cfg_elem *elem) noexcept {
+bool tw::load_node_groups(cfg_node &node, cfg_elem *elem) noexcept {
   return each_entry(elem, "groups", load_everything.keys, [&](const char *, const cfg_value *values) {
-    auto &slot = groups.emplace_back();
+    auto &slot = tw::add_slot(node.node_groups);
     if (!values) return true;
-    slot = new_view<group>(store);
-    return slot && load_from(load_everything, *slot, values);
+    slot = new_view<group>(node.cfg);
+    if (!slot) return false;
+    slot->texts = &node.texts;
+    return load_from(load_everything, *slot, values);
   });
 }
 
@@ -66,7 +73,7 @@ int cfg_node_delete_group(cfg_node *node, const cfg_node_group *record) noexcept
   if (!node || !record) return 0;
   const auto at = std::find_if(node->node_groups.begin(), node->node_groups.end(),
                                [&](const auto &slot) { return slot.get() == record; });
-  if (at == node->node_groups.end()) return 0;
+  if (at == node->node_groups.end() || !leave_node(**at)) return 0;
   static_cast<void>(at->release());  // the caller's now
   node->node_groups.erase(at);
   return 1;

@@ -11,7 +11,8 @@
 #include "record/view.hpp"
 
 struct cfg_node_group {
-  ::cfg *cfg = nullptr;  // by which its list is read
+  ::cfg *cfg = nullptr;             // by which its list is read
+  tw::text_block *texts = nullptr;  // the node's, for one that was read with it
   tw::text groupname;
   tw::text description;
   int32_t system = 0;
@@ -25,7 +26,7 @@ namespace tw {
 using group_slots = std::vector<std::unique_ptr<cfg_node_group>>;
 
 // Reads the entries of the list "groups" below a node's element. False without memory.
-bool load_node_groups(group_slots &groups, cfg *store, cfg_elem *elem) noexcept;
+bool load_node_groups(cfg_node &node, cfg_elem *elem) noexcept;
 
 }  // namespace tw
 

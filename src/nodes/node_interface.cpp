@@ -23,12 +23,14 @@ constexpr tw::named_list lists[] = {{"node interface load", everything}};
 
 const tw::tables tw::node_interface_tables = lists;
 
-bool tw::load_interfaces(interface_slots &interfaces, const object_view &node, cfg_elem *elem) noexcept {
+bool tw::load_interfaces(cfg_node &node, cfg_elem *elem) noexcept {
   return each_entry(elem, "interfaces", everything.keys, [&](const char *id, const cfg_value *values) {
-    auto &slot = interfaces.emplace_back();
+    auto &slot = tw::add_slot(node.interfaces);
     if (!values) return true;
     slot = new_view<interface>(node.cfg);
-    return slot && slot->uuid.set(id) && slot->node_uuid.set(node.uuid.c_str()) &&
+    if (!slot) return false;
+    slot->texts = &node.texts;
+    return slot->uuid.set(id, &node.texts) && slot->node_uuid.set(node.uuid.c_str(), &node.texts) &&
            load_from(everything, *slot, values);
   });
 }

@@ -9,6 +9,7 @@
 #include "record/view.hpp"
 
 struct cfg_node_interface : tw::object_view {
+  tw::text_block *texts = nullptr;  // the node's, for one that was read with it
   tw::text node_uuid;
   tw::text name;
   tw::text ipv4_addr;
@@ -21,7 +22,7 @@ namespace tw {
 using interface_slots = std::vector<std::unique_ptr<cfg_node_interface>>;
 
 // Reads the entries of the list "interfaces" below a node's element. False without memory.
-bool load_interfaces(interface_slots &interfaces, const object_view &node, cfg_elem *elem) noexcept;
+bool load_interfaces(cfg_node &node, cfg_elem *elem) noexcept;
 
 }  // namespace tw
 

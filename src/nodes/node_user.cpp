@@ -25,12 +25,14 @@ constexpr tw::named_list lists[] = {{"node user load", everything}};
 
 const tw::tables tw::node_user_tables = lists;
 
-bool tw::load_node_users(user_slots &users, cfg *store, cfg_elem *elem) noexcept {
+bool tw::load_node_users(cfg_node &node, cfg_elem *elem) noexcept {
   return each_entry(elem, "users", everything.keys, [&](const char *, const cfg_value *values) {
-    auto &slot = users.emplace_back();
+    auto &slot = tw::add_slot(node.node_users);
     if (!values) return true;
-    slot = new_view<user>(store);
-    return slot && load_from(everything, *slot, values);
+    slot = new_view<user>(node.cfg);
+    if (!slot) return false;
+    slot->texts = &node.texts;
+    return load_from(everything, *slot, values);
   });
 }
 

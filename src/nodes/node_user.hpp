@@ -11,7 +11,8 @@
 #include "record/view.hpp"
 
 struct cfg_node_user {
-  ::cfg *cfg = nullptr;  // by which its list is read
+  ::cfg *cfg = nullptr;             // by which its list is read
+  tw::text_block *texts = nullptr;  // the node's, for one that was read with it
   tw::text username;
   tw::text description;
   tw::text_array groups;
@@ -24,7 +25,7 @@ namespace tw {
 using user_slots = std::vector<std::unique_ptr<cfg_node_user>>;
 
 // Reads the entries of the list "users" below a node's element. False without memory.
-bool load_node_users(user_slots &users, cfg *store, cfg_elem *elem) noexcept;
+bool load_node_users(cfg_node &node, cfg_elem *elem) noexcept;
 
 }  // namespace tw
 

@@ -9,6 +9,7 @@
 #include "record/view.hpp"
 
 struct cfg_port : tw::object_view {
+  tw::text_block texts;
   tw::text node_id;
   tw::text csid;
   tw::text label;

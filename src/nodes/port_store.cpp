@@ -146,7 +146,9 @@ constexpr tw::named_list lists[] = {
 
 std::unique_ptr<port> new_port(cfg *store, const char *node_id, const char *id) noexcept {
   auto record = tw::new_view<port>(store);
-  return record && record->uuid.set(id) && record->node_id.set(node_id) ? std::move(record) : nullptr;
+  return record && record->uuid.set(id, &record->texts) && record->node_id.set(node_id, &record->texts)
+             ? std::move(record)
+             : nullptr;
 }
 
 // The element of a port that has none yet belongs to nobody until cfg_node_add_port() puts it into a list.
@@ -185,7 +187,7 @@ bool tw::load_ports(port_slots &ports, cfg *store, cfg_elem *node) noexcept {
   if (!take_uuid(node_id, node)) return true;
   port_slots loaded;
   const auto take = [&](const char *id, const cfg_value *values) {
-    auto &slot = loaded.emplace_back();
+    auto &slot = tw::add_slot(loaded);
     if (!values) return true;
     slot = new_port(store, node_id.c_str(), id);
     return slot && load_from(load_everything, *slot, values);

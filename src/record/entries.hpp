@@ -33,6 +33,13 @@ bool each_entry(cfg_elem *map, const char *key, const cfg_keyset &keys, Take tak
   return state.complete && !memory.ran_short();
 }
 
+// Adds an empty slot. The lists of a record are short: the first slot makes room for a few.
+template <class Slots>
+auto &add_slot(Slots &slots) {
+  if (slots.capacity() == 0) slots.reserve(4);
+  return slots.emplace_back();
+}
+
 // The slot at a 0-based index as C callers give it; NULL outside the slots.
 template <class Slots>
 auto *slot_at(Slots &slots, std::int32_t index) noexcept {

@@ -66,10 +66,23 @@ struct member_of<Member> {
 template <auto Member>
 using row_of = row<typename member_of<Member>::record>;
 
+// Where a record keeps the texts that it is loaded with: in its member `texts`, a block or a pointer to that
+// of the record it is part of; else each by itself.
+inline text_block *block_in(text_block &own) { return &own; }
+inline text_block *block_in(text_block *owners) { return owners; }
+template <class Record>
+text_block *block_of(Record &record) {
+  if constexpr (requires { block_in(record.texts); })
+    return block_in(record.texts);
+  else
+    return nullptr;
+}
+
 // A text, from a value that is a string, a reference or a blob.
 template <auto Member>
 bool load_text(void *record, const cfg_value &value) {
-  return member_of<Member>::of(record).assign(value.data, value.length);
+  auto *self = static_cast<typename member_of<Member>::record *>(record);
+  return (self->*Member).assign(value.data, value.length, block_of(*self));
 }
 // An integer or a truth value.
 template <auto Member>

@@ -9,17 +9,21 @@
 #include <cstring>
 #include <utility>
 
+#include "record/text_block.hpp"
+
 namespace tw {
 
-// A heap string or NULL. It never throws: an assignment that finds no memory answers false and leaves NULL.
-// A wiped one overwrites its whole block before it lets go of it.
+// A heap string, a string in a text block, or NULL. It never throws: an assignment that finds no memory
+// answers false and leaves NULL. A wiped one overwrites all of its memory before it lets go of it.
 template <bool Wiped>
 class basic_text {
  public:
   basic_text() = default;
-  basic_text(basic_text &&other) noexcept : chars_(std::exchange(other.chars_, nullptr)) {}
+  basic_text(basic_text &&other) noexcept
+      : chars_(std::exchange(other.chars_, nullptr)), in_block_(other.in_block_) {}
   basic_text &operator=(basic_text &&other) noexcept {
     std::swap(chars_, other.chars_);
+    std::swap(in_block_, other.in_block_);
     return *this;
   }
   basic_text(const basic_text &) = delete;
@@ -33,36 +37,50 @@ class basic_text {
 
   // Takes over a heap string without copying it.
   void adopt(char *chars) noexcept {
-    if (chars_) {
+    if (chars_ && !in_block_) {
       if constexpr (Wiped) explicit_bzero(chars_, malloc_usable_size(chars_));
       std::free(chars_);
     }
     chars_ = chars;
+    in_block_ = false;
   }
 
-  // Lets go of the string without freeing it: it belongs to whoever was given it.
+  // Lets go of a heap string without freeing it: it belongs to whoever was given it.
   void leave() noexcept { chars_ = nullptr; }
 
-  // Becomes a copy of `length` bytes. The bytes may lie inside the string that is replaced.
-  bool assign(const char *bytes, std::size_t length) noexcept {
-    char *copy = static_cast<char *>(std::malloc(length + 1));
+  // Becomes a copy of `length` bytes, in the block if there is one with room for it; what is wiped keeps its
+  // memory to itself. The bytes may lie inside the string that is replaced.
+  bool assign(const char *bytes, std::size_t length, text_block *block = nullptr) noexcept {
+    char *copy = block && !Wiped ? block->take(length + 1) : nullptr;
+    const bool in_block = copy != nullptr;
+    if (!copy) copy = static_cast<char *>(std::malloc(length + 1));
     if (copy) {
       std::memcpy(copy, bytes, length);
       copy[length] = '\0';
     }
     adopt(copy);
+    in_block_ = in_block;
+    return copy != nullptr;
+  }
+
+  // Moves the string out of its block, which may then go. False, with nothing changed, without memory.
+  bool move_out() noexcept {
+    if (!in_block_) return true;
+    char *copy = strdup(chars_);
+    if (copy) adopt(copy);
     return copy != nullptr;
   }
 
   // The rule of string setters: NULL and "" clear, anything else is copied.
-  bool set(const char *value) noexcept {
-    if (value && *value) return assign(value, std::strlen(value));
+  bool set(const char *value, text_block *block = nullptr) noexcept {
+    if (value && *value) return assign(value, std::strlen(value), block);
     clear();
     return true;
   }
 
  private:
   char *chars_ = nullptr;
+  bool in_block_ = false;
 };
 
 using text = basic_text<false>;

@@ -2,10 +2,12 @@
 #ifndef TW_RECORD_TEXT_ARRAY_HPP
 #define TW_RECORD_TEXT_ARRAY_HPP
 
-#include <twconfig/types.h>
+#include <twconfig/read.h>
 
 #include <cstdint>
 #include <utility>
+
+#include "record/text_block.hpp"
 
 namespace tw {
 
@@ -14,10 +16,13 @@ class text_array {
  public:
   text_array() = default;
   text_array(text_array &&other) noexcept
-      : texts_(std::exchange(other.texts_, nullptr)), count_(std::exchange(other.count_, 0)) {}
+      : texts_(std::exchange(other.texts_, nullptr)),
+        count_(std::exchange(other.count_, 0)),
+        in_block_(other.in_block_) {}
   text_array &operator=(text_array &&other) noexcept {
     std::swap(texts_, other.texts_);
     std::swap(count_, other.count_);
+    std::swap(in_block_, other.in_block_);
     return *this;
   }
   text_array(const text_array &) = delete;
@@ -44,6 +49,12 @@ class text_array {
   bool append_ids(cfg_elem *list) noexcept;
   bool append_pending_ids(cfg_elem *list) noexcept;
 
+  // Becomes copies of the texts among values that were read, NULL for each other one, all of it in the block
+  // if there is one with room.
+  bool assign(const cfg_value *values, std::int32_t count, text_block *block) noexcept;
+  // Moves what lies in a block out of it, which may then go.
+  bool move_out() noexcept;
+
   void clear() noexcept;
   // Frees the texts but leaves the array's block to whoever was given texts().
   void leave_block() noexcept;
@@ -55,6 +66,7 @@ class text_array {
  private:
   char **texts_ = nullptr;
   std::int32_t count_ = 0;
+  bool in_block_ = false;  // array and texts
 };
 
 }  // namespace tw

@@ -1,26 +1,19 @@
 #include "record/texts_row.hpp"
 
-#include <utility>
+#include <iterator>
+#include <memory>
+#include <new>
 
 namespace tw {
 
-bool load_texts(text_array &texts, cfg *store, const cfg_value &list) noexcept {
-  struct reading {
-    text_array texts;
-    bool complete = true;
-  } state;
-  const bool read = cfg_value_scan(
-      store, &list,
-      [](void *context, const cfg_value *entry) {
-        auto &self = *static_cast<reading *>(context);
-        // The store's texts end with NUL.
-        self.complete = self.texts.append(entry->kind == CFG_STRING ? entry->data : nullptr);
-        return self.complete ? 1 : 0;
-      },
-      &state);
-  if (!read || !state.complete) return false;
-  texts = std::move(state.texts);
-  return true;
+bool load_texts(text_array &texts, cfg *store, const cfg_value &list, text_block *block) noexcept {
+  cfg_value few[16];
+  const std::int32_t count = cfg_value_entries(store, &list, few, std::size(few));
+  if (count < 0) return false;
+  if (static_cast<std::size_t>(count) <= std::size(few)) return texts.assign(few, count, block);
+  const std::unique_ptr<cfg_value[]> all(new (std::nothrow) cfg_value[static_cast<std::size_t>(count)]);
+  return all && cfg_value_entries(store, &list, all.get(), count) == count &&
+         texts.assign(all.get(), count, block);
 }
 
 bool store_texts(const text_array &texts, cfg *store, cfg_elem *map, const char *key) noexcept {

@@ -7,8 +7,9 @@
 
 namespace tw {
 
-// Reads the entries of a list into `texts`; an entry that is no string leaves NULL in its place.
-bool load_texts(text_array &texts, cfg *store, const cfg_value &list) noexcept;
+// Reads the entries of a list into `texts`, in the block if there is one; an entry that is no string leaves
+// NULL in its place.
+bool load_texts(text_array &texts, cfg *store, const cfg_value &list, text_block *block) noexcept;
 // Puts a new list with one string per text under a key; entries that are NULL are left out, and so is a text
 // that the store does not take, which makes the result false.
 bool store_texts(const text_array &texts, cfg *store, cfg_elem *map, const char *key) noexcept;
@@ -19,7 +20,7 @@ constexpr row_of<Member> texts_row(const char *key) {
   return {{key, CFG_LIST, presence::optional,
            [](void *record, const cfg_value &list) {
              auto *self = static_cast<typename member_of<Member>::record *>(record);
-             return load_texts(self->*Member, self->cfg, list);
+             return load_texts(self->*Member, self->cfg, list, block_of(*self));
            },
            [](cfg *store, cfg_elem *map, const char *k, const void *record) {
              return store_texts(member_of<Member>::of(record), store, map, k);

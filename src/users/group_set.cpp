@@ -1,31 +1,41 @@
 #include "users/group_set.hpp"
 
+#include <cstdlib>
 #include <cstring>
-#include <memory>
-#include <new>
-
-#include "record/text.hpp"
 
 // The table tells of memory that it did not get by calling this, and is then as it was before.
 #define HASH_NONFATAL_OOM 1
 #define uthash_nonfatal_oom(entry) (added = false)
 #include <uthash.h>
+// Most users are in a group or two: a table starts small, or loading users would be making tables.
+#undef HASH_INITIAL_NUM_BUCKETS
+#undef HASH_INITIAL_NUM_BUCKETS_LOG2
+#define HASH_INITIAL_NUM_BUCKETS 4U
+#define HASH_INITIAL_NUM_BUCKETS_LOG2 2U
 
 namespace tw {
 
+// The ID stands behind its entry, in the same memory.
 struct group_set::entry {
-  text id;
   UT_hash_handle hh;
+
+  char *id() { return reinterpret_cast<char *>(this + 1); }
+  const char *id() const { return reinterpret_cast<const char *>(this + 1); }
 };
 
 bool group_set::add(const char *id) noexcept {
-  if (find(id)) return true;
-  std::unique_ptr<entry> fresh(new (std::nothrow) entry);
-  if (!fresh || !fresh->id.assign(id, std::strlen(id))) return false;
+  const std::size_t length = std::strlen(id);
+  unsigned hash = 0;
+  HASH_VALUE(id, length, hash);
+  entry *known = nullptr;
+  HASH_FIND_BYHASHVALUE(hh, table_, id, length, hash, known);
+  if (known) return true;
+  auto *put = static_cast<entry *>(std::malloc(sizeof(entry) + length + 1));
+  if (!put) return false;
+  std::memcpy(put->id(), id, length + 1);
   bool added = true;
-  entry *put = fresh.get();
-  HASH_ADD_KEYPTR(hh, table_, put->id.c_str(), std::strlen(id), put);
-  if (added) static_cast<void>(fresh.release());  // the table's now
+  HASH_ADD_KEYPTR_BYHASHVALUE(hh, table_, put->id(), length, hash, put);
+  if (!added) std::free(put);
   return added;
 }
 
@@ -43,12 +53,12 @@ const char *group_set::next() noexcept {
   const entry *shown = cursor_ ? cursor_ : table_;
   if (!shown) return nullptr;
   cursor_ = after(shown);
-  return shown->id.c_str();
+  return shown->id();
 }
 
 group_set::entry *group_set::after(const entry *at) noexcept { return static_cast<entry *>(at->hh.next); }
 
-const char *group_set::id_of(const entry *at) noexcept { return at->id.c_str(); }
+const char *group_set::id_of(const entry *at) noexcept { return at->id(); }
 
 group_set::entry *group_set::find(const char *id) const noexcept {
   entry *found = nullptr;
@@ -60,7 +70,7 @@ group_set::entry *group_set::find(const char *id) const noexcept {
 void group_set::drop(entry *gone) noexcept {
   if (cursor_ == gone) cursor_ = after(gone);
   HASH_DEL(table_, gone);
-  delete gone;
+  std::free(gone);
 }
 
 }  // namespace tw

@@ -103,7 +103,8 @@ void free_group() {
   sweep(
       [](World &w) {
         cfg_node_group *group = second(w);
-        if (cfg_node_delete_group(w.node, group)) cfg_node_group_free(group);
+        if (!cfg_node_delete_group(w.node, group)) return 0;
+        cfg_node_group_free(group);
         return cfg_node_get_node_group_count(w.node);
       },
       gives(int32_t{1}));

@@ -228,6 +228,24 @@ TEST_P(ReadTest, AScanOfAListValueEndsWhenTheVisitorSaysSo) {
   EXPECT_EQ(calls, 2);
 }
 
+TEST_P(ReadTest, TheEntriesOfAListValueAreReadAsFarAsThereIsRoom) {
+  cfg_elem *map = make_map(store, "outer");
+  cfg_elem *list = put_list(store, map, "inner");
+  for (const char *text : {"a", "b"}) ASSERT_NE(append_string(store, list, text), nullptr);
+  ASSERT_EQ(cfg_append_future_listelem(store, list, cfg_new_map(store)), 1);
+  ASSERT_TRUE(commits(store));
+  const cfg_value value = inner_of(cfg_get_by_path(store, "outer"));
+  cfg_value entries[4] = {};
+  ASSERT_EQ(cfg_value_entries(store, &value, entries, 2), 3);
+  EXPECT_EQ(std::string(entries[1].data, entries[1].length), "b");
+  EXPECT_EQ(entries[2].kind, CFG_NONE);
+  ASSERT_EQ(cfg_value_entries(store, &value, entries, 4), 3);
+  EXPECT_EQ(std::string(entries[0].data, entries[0].length), "a");
+  EXPECT_EQ(entries[2].kind, CFG_MAP);
+  EXPECT_EQ(entries[3].kind, CFG_NONE);
+  EXPECT_EQ(cfg_value_entries(store, &value, entries, 0), 3);
+}
+
 TEST_P(ReadTest, AValueThatIsNoMapOrListIsNotReadFurther) {
   cfg_elem *map = make_map(store, "outer");
   ASSERT_NE(put_list(store, map, "inner"), nullptr);
@@ -242,6 +260,11 @@ TEST_P(ReadTest, AValueThatIsNoMapOrListIsNotReadFurther) {
     EXPECT_EQ(cfg_value_read(store, wrong, &keys(), values), 0);
   for (const cfg_value *wrong : {&none, &number, &placeless, &placeless_list})
     EXPECT_EQ(cfg_value_scan(store, wrong, visit, nullptr), 0);
+  for (const cfg_value *wrong : {&none, &number, &placeless, &placeless_list})
+    EXPECT_EQ(cfg_value_entries(store, wrong, values, 3), -1);
+  EXPECT_EQ(cfg_value_entries(nullptr, &list, values, 3), -1);
+  EXPECT_EQ(cfg_value_entries(store, nullptr, values, 3), -1);
+  EXPECT_EQ(cfg_value_entries(store, &list, nullptr, 3), -1);
   EXPECT_EQ(cfg_value_read(nullptr, &list, &keys(), values), 0);
   EXPECT_EQ(cfg_value_read(store, nullptr, &keys(), values), 0);
   EXPECT_EQ(cfg_value_read(store, &list, nullptr, values), 0);
@@ -249,6 +272,73 @@ TEST_P(ReadTest, AValueThatIsNoMapOrListIsNotReadFurther) {
   EXPECT_EQ(cfg_value_scan(nullptr, &list, visit, nullptr), 0);
   EXPECT_EQ(cfg_value_scan(store, nullptr, visit, nullptr), 0);
   EXPECT_EQ(cfg_value_scan(store, &list, nullptr, nullptr), 0);
+}
+
+namespace {
+
+std::vector<std::string> ids_by_index(cfg_elem *list) {
+  std::vector<std::string> ids;
+  int32_t size = 0;
+  EXPECT_EQ(cfg_list_size(list, &size), 1);
+  for (int32_t i = 0; i < size; ++i) ids.emplace_back(cfg_get_listelem(list, i));
+  return ids;
+}
+
+std::vector<std::string> ids_visited(cfg_elem *list) {
+  std::vector<std::string> ids;
+  EXPECT_EQ(cfg_list_ids(
+                list,
+                [](void *context, int32_t index, const char *id) {
+                  auto &seen = *static_cast<std::vector<std::string> *>(context);
+                  EXPECT_EQ(static_cast<std::size_t>(index), seen.size());
+                  seen.emplace_back(id);
+                  return 1;
+                },
+                &ids),
+            1);
+  return ids;
+}
+
+}  // namespace
+
+TEST_P(ReadTest, TheIdsOfAListAreThoseOfItsIndexes) {
+  make_list(store, "nodes");
+  const auto agree = [&](const char *path) {
+    cfg_elem *list = cfg_get_by_path(store, path);
+    EXPECT_EQ(ids_visited(list), ids_by_index(list)) << path;
+  };
+  // The last round is long enough for a list with records of its own.
+  for (const int more : {0, 2, 300}) {
+    cfg_elem *list = cfg_get_by_path(store, "nodes");
+    for (int i = 0; i < more; ++i) ASSERT_NE(append_named(store, list, "node"), nullptr);
+    agree("nodes");
+    ASSERT_TRUE(commits(store));
+    agree("nodes");
+  }
+  cfg_elem *dotted = put_list(store, cfg_get_by_id(store, "nodes-2"), "a.b");
+  ASSERT_NE(append_string(store, dotted, "text"), nullptr);
+  ASSERT_TRUE(commits(store));
+  dotted = cfg_simple_get_mapelem(store, cfg_get_by_id(store, "nodes-2"), "a.b");
+  EXPECT_EQ(ids_visited(dotted), ids_by_index(dotted));
+  ASSERT_EQ(cfg_delete_element(store, cfg_get_by_id(store, "nodes-1")), 1);
+  ASSERT_EQ(cfg_add_listelem(store, cfg_get_by_path(store, "nodes"), cfg_new_map(store)), 1);
+  agree("nodes");
+}
+
+TEST_P(ReadTest, AVisitOfIdsEndsWhenTheVisitorSaysSoAndOfNoListNeverBegins) {
+  cfg_elem *list = make_list(store, "nodes");
+  for (int i = 0; i < 3; ++i) ASSERT_NE(append_named(store, list, "node"), nullptr);
+  ASSERT_TRUE(commits(store));
+  int calls = 0;
+  const auto second = [](void *context, int32_t, const char *) {
+    return ++*static_cast<int *>(context) < 2 ? 1 : 0;
+  };
+  EXPECT_EQ(cfg_list_ids(cfg_get_by_path(store, "nodes"), second, &calls), 1);
+  EXPECT_EQ(calls, 2);
+  EXPECT_EQ(cfg_list_ids(cfg_root(store), second, &calls), 0);
+  EXPECT_EQ(cfg_list_ids(nullptr, second, &calls), 0);
+  EXPECT_EQ(cfg_list_ids(cfg_get_by_path(store, "nodes"), nullptr, &calls), 0);
+  EXPECT_EQ(calls, 2);
 }
 
 TEST_P(ReadTest, TheSameKeyMayBeAskedForTwice) {

@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include "store_allocation/cases.hpp"
 
 namespace store_allocation {
@@ -196,10 +198,48 @@ void value_scan(EngineKind engine) {
       shown);
 }
 
+void value_entries(EngineKind engine) {
+  static constexpr const char *labels_key[] = {"labels"};
+  everywhere(
+      engine, ".",
+      [](World &w) {
+        Shown got;
+        cfg_value place{}, entries[8]{};
+        const int32_t count =
+            read_place(w, labels_key, &place) ? cfg_value_entries(w.store, &place, entries, 8) : -1;
+        got.done = count >= 0;
+        for (int32_t i = 0; i < count && i < 8; ++i) visit_value(&got, &entries[i]);
+        return got;
+      },
+      shown);
+}
+
+void list_ids(EngineKind engine) {
+  for (const char *list : {"nodes", "nodes-3.log", "nodes-1.ports"}) {
+    everywhere(
+        engine, list,
+        [](World &w) {
+          Shown got;
+          const auto take = [](void *context, int32_t, const char *id) {
+            auto *shown = static_cast<Shown *>(context);
+            ++shown->entries;
+            shown->add(id, id == nullptr ? 0 : std::strlen(id));
+            return 1;
+          };
+          got.done = cfg_list_ids(w.elem, take, &got);
+          return got;
+        },
+        shown);
+  }
+}
+
 const Case rows[] = {
-    {"cfg_child_read", child_read}, {"cfg_child_scan", child_scan}, {"cfg_elem_read", elem_read},
-    {"cfg_list_find", list_find},   {"cfg_list_scan", list_scan},   {"cfg_map_has", map_has},
-    {"cfg_map_read", map_read},     {"cfg_value_read", value_read}, {"cfg_value_scan", value_scan},
+    {"cfg_list_ids", list_ids},           {"cfg_child_read", child_read},
+    {"cfg_child_scan", child_scan},       {"cfg_elem_read", elem_read},
+    {"cfg_value_entries", value_entries}, {"cfg_list_find", list_find},
+    {"cfg_list_scan", list_scan},         {"cfg_map_has", map_has},
+    {"cfg_map_read", map_read},           {"cfg_value_read", value_read},
+    {"cfg_value_scan", value_scan},
 };
 
 }  // namespace

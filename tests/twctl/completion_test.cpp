@@ -28,12 +28,21 @@ TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
   EXPECT_EQ(offers({"no"}), "node");
   EXPECT_EQ(offers({"tag", "value", "re"}), "rename");
   EXPECT_EQ(offers({"net", "end"}), "endpoint");
+  EXPECT_EQ(offers({"push", "message", "last", "--kind", "e"}), "error");
+  EXPECT_EQ(offers({"template", "server", "add", "Logins", "l"}), "ldap");
+  EXPECT_EQ(offers({"user", "set", "ada", "--remove-group", "day", "en"}), "enabled=");
+  EXPECT_EQ(offers({"auth", "server", "add", "ra"}), "radius radius-accounting");
+  EXPECT_EQ(offers({"auth", "server", "list", "--kind", "l"}), "ldap");
+  EXPECT_EQ(offers({"https", "c"}), "cert csr");
+  EXPECT_EQ(offers({"https", "csr", "new", "--key", "k", "cou"}), "country=");
   EXPECT_EQ(offers({"net", "endpoint", "de"}), "delete");
   EXPECT_EQ(offers({"net", "conn", "set", "default-conn-1", "ad"}), "address=");
   EXPECT_EQ(offers({"template", "create", "T", "--kind", "p"}), "ports");
   EXPECT_EQ(offers({"bundle", "token", "--remove", "--req"}), "--request");
   EXPECT_EQ(offers({"services", "sta"}), "start status");
   EXPECT_EQ(offers({"node", "en"}), "enroll");
+  EXPECT_EQ(offers({"port", "set", "rack-1", "3", "pa"}), "parity=");
+  EXPECT_EQ(offers({"smart"}), "smartgroup");
   EXPECT_EQ(offers({"--dry-run", "cert", "re"}), "revoke");
   EXPECT_EQ(offers({"node", "enroll", "--product", "acs"}), "acs6000 acs8000 acs_classic");
   EXPECT_EQ(offers({"-o", ""}), "table json");
@@ -43,7 +52,15 @@ TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
 }
 
 TEST_F(TwctlCompletion, EveryOptionOfEveryVerbIsOffered) {
-  const std::vector<arguments> verbs = {{"net", "physif", "list"},
+  const std::vector<arguments> verbs = {{"push", "create"},
+                                        {"push", "set"},
+                                        {"push", "status"},
+                                        {"push", "message"},
+                                        {"template", "server", "list"},
+                                        {"template", "change", "user"},
+                                        {"template", "change", "group"},
+                                        {"template", "change", "membership"},
+                                        {"net", "physif", "list"},
                                         {"net", "physif", "show"},
                                         {"net", "physif", "set"},
                                         {"net", "conn", "list"},
@@ -57,6 +74,11 @@ TEST_F(TwctlCompletion, EveryOptionOfEveryVerbIsOffered) {
                                         {"console-gateway", "set"},
                                         {"bootflag", "add"},
                                         {"bootflag", "set"},
+                                        {"https", "cert", "show"},
+                                        {"https", "cert", "install"},
+                                        {"https", "csr", "new"},
+                                        {"https", "csr", "show"},
+                                        {"https", "csr", "delete"},
 
                                         {"system", "get"},
                                         {"system", "set"},
@@ -78,6 +100,16 @@ TEST_F(TwctlCompletion, EveryOptionOfEveryVerbIsOffered) {
                                         {"node", "approve"},
                                         {"node", "tag"},
                                         {"node", "unenroll"},
+                                        {"port", "list"},
+                                        {"port", "show"},
+                                        {"port", "set"},
+                                        {"port", "add"},
+                                        {"smartgroup", "list"},
+                                        {"smartgroup", "show"},
+                                        {"smartgroup", "nodes"},
+                                        {"smartgroup", "create"},
+                                        {"smartgroup", "set"},
+                                        {"smartgroup", "delete"},
                                         {"tag", "list"},
                                         {"tag", "show"},
                                         {"tag", "add"},

@@ -39,6 +39,25 @@ TEST_F(TwctlNodeLive, StatusShowsWhatWasPublishedForANode) {
   EXPECT_EQ(run({"node", "status", "rack-9"}).code, 3);
 }
 
+TEST_F(TwctlNodeLive, AStateIsPublishedForOneNodeUnlessItIsADryRun) {
+  auto connection = [&](arguments args) { return run_json(args)["nodes"][0]["connection"].text(); };
+  EXPECT_EQ(connection({"node", "status", "rack-2", "--publish", "connected", "--dry-run"}), "unknown");
+  EXPECT_EQ(connection({"node", "status", "rack-2", "--publish", "connected"}), "connected");
+  EXPECT_EQ(connection({"node", "status", "rack-2", "--publish", "never-seen"}), "never seen");
+  EXPECT_EQ(connection({"node", "status", "rack-2", "--publish", "disconnected"}), "disconnected");
+  EXPECT_EQ(connection({"node", "status", "rack-1"}), "unknown");
+  EXPECT_EQ(run({"node", "status", "--publish", "connected"}).code, 2);
+  EXPECT_EQ(run({"node", "status", "rack-2", "--publish", "gone"}).code, 2);
+}
+
+TEST_F(TwctlNodeLive, ATagThatIsGivenTwiceIsCarriedOnce) {
+  run_json({"node", "tag", "rack-1", "--add", "Site=Berlin", "--add", "Site=Berlin"});
+  EXPECT_EQ(tags(), "Site=Berlin ");
+  EXPECT_EQ(run({"node", "tag", "rack-1", "--remove", "Site=Berlin", "--remove", "Site=Berlin"}).code, 3);
+  run_json({"node", "tag", "rack-1", "--remove", "Site=Berlin", "--add", "Site=Berlin"});
+  EXPECT_EQ(tags(), "Site=Berlin ");
+}
+
 TEST_F(TwctlNodeLive, TagsAreAddedAndTakenAway) {
   EXPECT_EQ(tags(), "");
   run_json({"node", "tag", "rack-1", "--add", "Site=Berlin", "--add", "Site=Lima"});

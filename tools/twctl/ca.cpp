@@ -79,6 +79,18 @@ int64_t seconds_of(const ASN1_TIME *time) {
   return timegm(&parts);
 }
 
+x509 parse_certificate(const char *pem) {
+  bio text(BIO_new_mem_buf(pem ? pem : "", -1));
+  return x509(text ? PEM_read_bio_X509(text.get(), nullptr, nullptr, nullptr) : nullptr);
+}
+
+/// A key with a pass phrase is none: nobody would be there to type it when the key is needed.
+private_key parse_key(const char *pem) {
+  bio text(BIO_new_mem_buf(pem, -1));
+  auto no_phrase = [](char *, int, int, void *) { return -1; };
+  return private_key(text ? PEM_read_bio_PrivateKey(text.get(), nullptr, no_phrase, nullptr) : nullptr);
+}
+
 std::string name_of(const X509_NAME *name) {
   bio text(BIO_new(BIO_s_mem()));
   // Escapes control characters, keeps UTF-8, and writes "CN = x, O = y".
@@ -105,8 +117,7 @@ authority make_authority(const std::string &common_name) {
 }
 
 certificate_facts read_certificate(const char *pem) {
-  bio text(BIO_new_mem_buf(pem ? pem : "", -1));
-  x509 certificate(text ? PEM_read_bio_X509(text.get(), nullptr, nullptr, nullptr) : nullptr);
+  x509 certificate = parse_certificate(pem);
   if (!certificate) give_up("the stored certificate cannot be read");
   certificate_facts facts{};
   facts.subject = name_of(X509_get_subject_name(certificate.get()));
@@ -123,6 +134,17 @@ certificate_facts read_certificate(const char *pem) {
   facts.serial = digits.get();
   for (unsigned i = 0; i < length; i++) facts.fingerprint += fmt::format("{}{:02X}", i ? ":" : "", digest[i]);
   return facts;
+}
+
+void require_pair(const char *certificate, const char *key) {
+  x509 read = parse_certificate(certificate);
+  if (!read) throw failure(exit_code::invalid_input, "the certificate cannot be read", "it is no PEM text");
+  private_key of = parse_key(key);
+  if (!of)
+    throw failure(exit_code::invalid_input, "the private key cannot be read",
+                  "it is no PEM text, or needs a pass phrase");
+  if (X509_check_private_key(read.get(), of.get()) != 1)
+    throw failure(exit_code::invalid_input, "certificate and private key do not belong together");
 }
 
 }  // namespace twctl

@@ -30,4 +30,7 @@ struct certificate_facts {
 /// Reads a PEM certificate; fails with exit code 1 when the text is none.
 certificate_facts read_certificate(const char *pem);
 
+/// Fails with exit code 5 unless a PEM certificate and a PEM key can both be read and belong together.
+void require_pair(const char *certificate, const char *key);
+
 }  // namespace twctl

@@ -171,13 +171,8 @@ void show(const options &opts, const show_arguments &arguments) {
   session work(opts, session::access::read);
   certificate_record certificate = find_certificate(work.store(), arguments.reference);
   const char *pem = cfg_certificate_get_cert(certificate.get());
-  if (!arguments.key_file.empty()) {
-    std::string_view key = view(cfg_certificate_get_private_key(certificate.get()));
-    if (key.empty()) throw failure(exit_code::not_found, "the certificate has no private key in the store");
-    write_private_file(arguments.key_file, key);
-    work.note(
-        fmt::format("Wrote the private key to '{}', readable by you alone.", printable(arguments.key_file)));
-  }
+  if (!arguments.key_file.empty())
+    hand_out_key(work, arguments.key_file, view(cfg_certificate_get_private_key(certificate.get())));
   if (arguments.pem && !opts.json()) {
     fmt::print("{}", view(pem));
     return;

@@ -18,14 +18,32 @@ void add_net_address(CLI::App *net, const options &opts);
 void add_ntp(CLI::App &program, const options &opts);
 void add_console_gateway(CLI::App &program, const options &opts);
 void add_boot_flag(CLI::App &program, const options &opts);
+void add_https(CLI::App &program, const options &opts);
+/// The nouns of "https".
+void add_https_cert(CLI::App *https, const options &opts);
+void add_https_csr(CLI::App *https, const options &opts);
 void add_node(CLI::App &program, const options &opts);
 /// The verbs of "node" that are about enrolled nodes.
 void add_node_live(CLI::App *noun, const options &opts);
+void add_port(CLI::App &program, const options &opts);
 void add_fleet(CLI::App &program, const options &opts);
 void add_cert(CLI::App &program, const options &opts);
+void add_user(CLI::App &program, const options &opts);
+void add_group(CLI::App &program, const options &opts);
+void add_role(CLI::App &program, const options &opts);
+void add_acl(CLI::App &program, const options &opts);
+void add_auth(CLI::App &program, const options &opts);
+/// The verbs of "auth server", and of "template server", whose servers are a template's.
+void add_auth_server(CLI::App *noun, const options &opts, bool in_template);
 void add_tag(CLI::App &program, const options &opts);
 void add_bundle(CLI::App &program, const options &opts);
 void add_template(CLI::App &program, const options &opts);
+/// The verbs of "template change".
+void add_template_change(CLI::App *noun, const options &opts);
+void add_push(CLI::App &program, const options &opts);
+/// The verbs of "push" that show how far it has come.
+void add_push_view(CLI::App *noun, const options &opts);
+void add_smartgroup(CLI::App &program, const options &opts);
 void add_search(CLI::App &program, const options &opts);
 void add_services(CLI::App &program, const options &opts);
 void add_store(CLI::App &program, const options &opts);

@@ -48,4 +48,10 @@ void write_private_file(const std::string &path, std::string_view data) {
   file.publish();
 }
 
+void hand_out_key(const session &work, const std::string &path, std::string_view key) {
+  if (key.empty()) throw failure(exit_code::not_found, "there is no private key in the store");
+  write_private_file(path, key);
+  work.note(fmt::format("Wrote the private key to '{}', readable by you alone.", printable(path)));
+}
+
 }  // namespace twctl

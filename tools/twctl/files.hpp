@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "session.hpp"
+
 namespace twctl {
 
 /**
@@ -27,5 +29,8 @@ class private_file {
 };
 
 void write_private_file(const std::string &path, std::string_view data);
+
+/// Writes a private key of the store to such a file, and says so. Fails with exit code 3 when there is none.
+void hand_out_key(const session &work, const std::string &path, std::string_view key);
 
 }  // namespace twctl

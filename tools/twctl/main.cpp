@@ -106,8 +106,10 @@ int main(int argc, char **argv) {
   program.require_subcommand(1);
   add_options(program, opts);
   for (auto add :
-       {add_init, add_system, add_net, add_ntp, add_console_gateway, add_boot_flag, add_node, add_fleet,
-        add_cert, add_tag, add_bundle, add_template, add_search, add_services, add_store})
+       {add_init,   add_system,   add_net,   add_ntp,    add_console_gateway, add_boot_flag, add_https,
+        add_node,   add_port,     add_fleet, add_user,   add_group,           add_role,      add_acl,
+        add_auth,   add_cert,     add_tag,   add_bundle, add_template,        add_push,      add_smartgroup,
+        add_search, add_services, add_store})
     add(program, opts);
   let_options_stand_anywhere(&program);
   return run(program, opts, argc, argv);

@@ -56,7 +56,22 @@ void add_status(listing &result, cfg_node *node) {
               cell_of(cfg_node_runtime_get_action_error_message(node))});
 }
 
-void status(const options &opts, const std::string &reference) {
+constexpr std::pair<const char *, int32_t> publishable[] = {{"connected", CFG_NODE_CONNECTED},
+                                                            {"disconnected", CFG_NODE_DISCONNECTED},
+                                                            {"never-seen", CFG_NODE_NEVER_SEEN}};
+
+/// Publishes the live state of a node, as the service that is connected to it does.
+void publish(const options &opts, cfg_node *node, const std::string &state) {
+  for (const auto &[word, status] : publishable)
+    if (state == word && !opts.dry_run && !cfg_node_runtime_set_connection_status(node, status))
+      throw failure(exit_code::failure, "cannot publish the state");
+}
+
+struct status_arguments {
+  std::string reference, state;
+};
+
+void status(const options &opts, const status_arguments &arguments) {
   session work(opts, session::access::read);
   listing result("nodes", {{"id", "ID"},
                            {"name", "NAME"},
@@ -65,8 +80,10 @@ void status(const options &opts, const std::string &reference) {
                            {"action", "ACTION"},
                            {"action_status", "STATE"},
                            {"action_error", "ERROR"}});
-  if (!reference.empty()) {
-    add_status(result, find_node(work.store(), reference).get());
+  if (!arguments.reference.empty()) {
+    node_record node = find_node(work.store(), arguments.reference);
+    publish(opts, node.get(), arguments.state);
+    add_status(result, node.get());
   } else {
     cfg_elem *nodes = cfg_get_by_path(work.store(), "nodes");
     for (int32_t i = 0; const char *id = cfg_get_listelem(nodes, i); i++) {
@@ -96,22 +113,6 @@ void approve(const options &opts, const std::string &reference, const std::strin
   finish_entry(work, id, name, "Approved");
 }
 
-/// A node's tags, read from the store: the references in its list "tags", and the values they lead to.
-struct node_tag {
-  std::string reference;
-  tag_value_record value;  ///< empty when the reference leads nowhere
-};
-std::vector<node_tag> tags_of(cfg *store, const std::string &node) {
-  std::vector<node_tag> tags;
-  cfg_elem *list = cfg_simple_get_mapelem(store, cfg_get_by_id(store, node.c_str()), "tags");
-  for (int32_t i = 0; const char *id = cfg_get_listelem(list, i); i++) {
-    cfg_value reference;
-    bool leads = cfg_elem_read(cfg_get_by_id(store, id), &reference) && reference.kind == CFG_REFERENCE;
-    tags.push_back({id, tag_value_record(leads ? cfg_get_tag_value_by_id(store, reference.data) : nullptr)});
-  }
-  return tags;
-}
-
 struct tag_arguments {
   std::string reference;
   std::vector<std::string> added, removed;
@@ -119,20 +120,22 @@ struct tag_arguments {
 
 void list_tags(const options &opts, const std::string &reference) {
   session work(opts, session::access::read);
-  std::string id = cfg_node_get_uuid(find_node(work.store(), reference).get());
+  node_record node = find_node(work.store(), reference);
   listing result("tags", {{"id", "ID"}, {"tag", "TAG"}, {"value", "VALUE"}});
-  for (const node_tag &one : tags_of(work.store(), id)) {
-    tag_record tag(cfg_tag_value_get_parent_tag(one.value.get()));
-    result.add(
-        {one.reference, cell_of(tag_get_name(tag.get())), cell_of(tag_value_get_value(one.value.get()))});
+  for (int32_t i = 0; i < cfg_node_get_tag_count(node.get()); i++) {
+    tag_value_record value(cfg_node_get_tag(node.get(), i));  // none when the reference leads nowhere
+    tag_record tag(cfg_tag_value_get_parent_tag(value.get()));
+    result.add({cell_of(cfg_node_get_tag_ref_uuid(node.get(), i)), cell_of(tag_get_name(tag.get())),
+                cell_of(tag_value_get_value(value.get()))});
   }
   result.print(opts);
 }
 
-std::string reference_to(const std::vector<node_tag> &tags, const cfg_tag_value *value) {
-  for (const node_tag &one : tags)
-    if (view(tag_value_get_uuid(one.value.get())) == view(tag_value_get_uuid(value))) return one.reference;
-  return {};
+/// The node's reference to a value, as the edit has it now; empty when there is none. A record keeps the tags
+/// that it has once read, so each look-up takes a new one.
+std::string reference_to(cfg *store, const std::string &node, const cfg_tag_value *value) {
+  node_record now(cfg_get_node_by_id(store, node.c_str()));
+  return std::string(view(cfg_node_get_tag_ref_uuid_by_value(now.get(), value)));
 }
 
 void change_tags(const options &opts, const tag_arguments &arguments) {
@@ -140,25 +143,19 @@ void change_tags(const options &opts, const tag_arguments &arguments) {
   cfg *store = work.store();
   node_record node = find_node(store, arguments.reference);
   std::string id = cfg_node_get_uuid(node.get()), name(view(cfg_node_get_name(node.get())));
-  std::vector<node_tag> tags = tags_of(store, id);
   for (const std::string &pair : arguments.removed) {
-    std::string reference = reference_to(tags, find_tag_pair(store, pair).get());
+    std::string reference = reference_to(store, id, find_tag_pair(store, pair).get());
     if (reference.empty())
       throw failure(exit_code::not_found, fmt::format("{} is not tagged '{}'", id, printable(pair)), "",
                     fmt::format("see 'twctl node tag {}'", id));
-    if (!cfg_delete_element(store, cfg_get_by_id(store, reference.c_str())))
+    if (!cfg_node_delete_tag(store, reference.c_str()))
       throw store_failure(store, "cannot take the tag from the node");
   }
   for (const std::string &pair : arguments.added) {
     tag_value_record value = find_tag_pair(store, pair);
-    if (!reference_to(tags, value.get()).empty()) continue;
-    cfg_elem *element = cfg_get_by_id(store, id.c_str());
-    if (!cfg_simple_get_mapelem(store, element, "tags"))
-      cfg_add_mapelem(store, element, "tags", cfg_new_list(store));
-    cfg_elem *list = cfg_simple_get_mapelem(store, element, "tags");
-    if (!list ||
-        !cfg_append_future_listelem(store, list, cfg_new_reference(store, tag_value_get_uuid(value.get()))))
-      throw store_failure(store, "cannot tag the node");
+    if (!reference_to(store, id, value.get()).empty()) continue;
+    need_list(store, node.get(), "tags");
+    if (!cfg_node_save_tag(node.get(), value.get())) throw store_failure(store, "cannot tag the node");
   }
   finish_entry(work, id, name, "Tagged");
 }
@@ -212,11 +209,19 @@ void unenroll(const options &opts, const std::string &reference, int seconds) {
 void add_node_live(CLI::App *noun, const options &opts) {
   constexpr const char *what_a_node_is = "ID, name, serial number or VPN address";
   auto reference = std::make_shared<std::string>();
+  auto live = std::make_shared<status_arguments>();
   CLI::App *verb =
       add_verb(noun, "status", "Show whether nodes are connected, and what is being done to them",
-               "  twctl node status\n  twctl node status rack-12 -o json");
-  verb->add_option("node", *reference, std::string(what_a_node_is) + "; without it, all nodes");
-  verb->callback([&opts, reference] { status(opts, *reference); });
+               "  twctl node status\n"
+               "  twctl node status rack-12 -o json\n"
+               "  twctl node status rack-12 --publish connected    (for a try without a real node)");
+  CLI::Option *one =
+      verb->add_option("node", live->reference, std::string(what_a_node_is) + "; without it, all nodes");
+  verb->add_option("--publish", live->state,
+                   "Publish this state first, as the service that is connected to nodes does")
+      ->check(CLI::IsMember({"connected", "disconnected", "never-seen"}))
+      ->needs(one);
+  verb->callback([&opts, live] { status(opts, *live); });
 
   auto bundle = std::make_shared<std::string>();
   verb = add_verb(noun, "approve", "Approve a node",

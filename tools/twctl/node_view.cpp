@@ -142,6 +142,13 @@ node_record find_node(cfg *store, const std::string &reference) {
   return node;
 }
 
+void need_list(cfg *store, const cfg_node *node, const char *key) {
+  cfg_elem *element = cfg_get_by_id(store, cfg_node_get_uuid(node));
+  if (cfg_simple_get_mapelem(store, element, key)) return;
+  if (!cfg_add_mapelem(store, element, key, cfg_new_list(store)))
+    throw store_failure(store, fmt::format("cannot make the node's list '{}'", key));
+}
+
 void list_nodes(const options &opts, const node_filter &filter) {
   std::vector<heading> headings;
   for (size_t column : chosen_columns(filter.columns)) headings.push_back(columns[column]);
@@ -184,6 +191,7 @@ void show_node(const options &opts, const std::string &reference) {
   for (int32_t i = 0; i < ports; i++)
     labels += fmt::format("{}{}", i ? ";" : "", view(cfg_node_get_port_label(n, i)));
   result.add("port_labels", "Port labels", unless_empty(labels));
+  show_parts(result, node.get());
   result.print(opts);
 }
 

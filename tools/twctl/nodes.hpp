@@ -4,6 +4,7 @@
 #include <string>
 
 #include "options.hpp"
+#include "output.hpp"
 #include "records.hpp"
 #include "session.hpp"
 
@@ -20,6 +21,11 @@ struct node_filter {
 };
 void list_nodes(const options &opts, const node_filter &filter);
 void show_node(const options &opts, const std::string &reference);
+/// Adds what a node carries (tags, ports, interfaces, local users and groups) and how it authenticates.
+void show_parts(sheet &result, cfg_node *node);
+
+/// Makes a list of the node in the handle's edit when it has none: nodes are enrolled without them.
+void need_list(cfg *store, const cfg_node *node, const char *key);
 
 /// The keys of all columns that a list can have, comma-separated.
 std::string node_columns();

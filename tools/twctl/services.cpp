@@ -6,6 +6,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
@@ -40,12 +41,16 @@ class connection {
   connection &operator=(const connection &) = delete;
 
   explicit operator bool() const { return connected_; }
-  /// Sends a request and reads until `end` has come, or no more comes.
-  std::string ask(std::string_view request, std::string_view end) const {
+  /// Sends a request and reads until one of the `ends` has come, or no more comes.
+  std::string ask(std::string_view request, std::initializer_list<std::string_view> ends) const {
+    auto has_come = [&ends](std::string_view reply) {
+      return std::any_of(ends.begin(), ends.end(),
+                         [reply](std::string_view end) { return reply.find(end) != reply.npos; });
+    };
     std::string reply;
     char part[4096];
     if (send(descriptor_, request.data(), request.size(), MSG_NOSIGNAL) < 0) return reply;
-    while (reply.find(end) == std::string::npos && reply.size() < 65536) {
+    while (!has_come(reply) && reply.size() < 65536) {
       ssize_t count = recv(descriptor_, part, sizeof part, 0);
       if (count <= 0) break;
       reply.append(part, static_cast<size_t>(count));
@@ -58,16 +63,16 @@ class connection {
   bool connected_;
 };
 
-std::string ask_queue(std::string_view request, std::string_view end) {
+std::string ask_queue(std::string_view request, std::initializer_list<std::string_view> ends) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_port = htons(queue_port);
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   connection queue(reinterpret_cast<const sockaddr *>(&address), sizeof address);
-  return queue ? queue.ask(request, end) : std::string();
+  return queue ? queue.ask(request, ends) : std::string();
 }
 
-bool queue_answers() { return ask_queue("list-tube-used\r\n", "\r\n").starts_with("USING "); }
+bool queue_answers() { return ask_queue("list-tube-used\r\n", {"\r\n"}).starts_with("USING "); }
 
 /// Asked by a plain connection first: each attempt of twsearch_connect() on a missing service costs a
 /// descriptor.
@@ -84,7 +89,7 @@ bool search_answers() {
 /// The unenrolment service answers nobody but its queue: it is ready when it watches that.
 bool unenrolment_answers() {
   constexpr std::string_view watching = "current-watching: ";
-  std::string reply = ask_queue("stats-tube unenroll_node\r\n", "\npause-time-left:");
+  std::string reply = ask_queue("stats-tube unenroll_node\r\n", {"\npause-time-left:", "NOT_FOUND\r\n"});
   size_t at = reply.find(watching);
   return at != std::string::npos && reply[at + watching.size()] != '0';
 }

@@ -4,16 +4,15 @@
 #include "commands.hpp"
 #include "entries.hpp"
 #include "failure.hpp"
+#include "fields.hpp"
 #include "session.hpp"
+#include "template_content.hpp"
 #include "templates.hpp"
 #include "text.hpp"
 
 namespace twctl {
 
 namespace {
-
-/// The kinds that consist of the fields below. Scripts and users are shown, but made elsewhere.
-constexpr int32_t kinds[] = {CFG_TEMPLATE_DUMMY, CFG_TEMPLATE_PORTS, CFG_TEMPLATE_NETWORK};
 
 /// The first committed template with this name; empty when there is none.
 template_record named(cfg *store, const std::string &name) {
@@ -40,15 +39,16 @@ void list(const options &opts) {
   result.print(opts);
 }
 
-void show(const options &opts, const std::string &reference) {
+void show(const options &opts, const std::string &reference, const std::string &script_file) {
   session work(opts, session::access::read);
   template_record one = find_template(work.store(), reference);
+  if (!script_file.empty()) return write_script(one.get(), script_file);
   sheet result;
   result.add("id", "ID", cell_of(cfg_template_get_uuid(one.get())));
   result.add("name", "Name", cell_of(cfg_template_get_name(one.get())));
   result.add("kind", "Kind", kind_of(one.get()));
   result.add("description", "Description", cell_of(cfg_template_get_description(one.get())));
-  result.add("dummy_field", "Text", cell_of(cfg_dummy_template_get_dummy_field(one.get())));
+  show_content(result, one.get());
   result.print(opts);
 }
 
@@ -59,49 +59,51 @@ void require_new(cfg *store, const std::string &name) {
                   fmt::format("it is {}", cfg_template_get_uuid(same.get())));
 }
 
-/// Puts the fields into the record, checked.
-void fill(cfg_template *record, const std::map<std::string, std::string> &fields) {
-  for (const auto &[field, text] : fields) {
-    if (field == "name") {
-      cfg_template_set_name(record, text.c_str());
-      continue;
-    }
-    if (!text.empty()) require_label(text, field);
-    if (field == "description") cfg_template_set_description(record, text.c_str());
-    if (field == "dummy_field") {
-      if (cfg_template_get_type(record) != CFG_TEMPLATE_DUMMY)
-        throw failure(exit_code::invalid_input, "only a template of the kind dummy has a dummy_field");
-      cfg_dummy_template_set_dummy_field(record, text.c_str());
-    }
-  }
+/// The fields of every template, and those of single kinds.
+std::vector<const char *> field_names(std::vector<const char *> names) {
+  for (const char *name : content_fields()) names.push_back(name);
+  return names;
 }
 
 struct change_arguments {
   std::string reference, kind;
   std::vector<std::string> assignments;
+  template_content content;
 };
 
+/// Puts the changes into the record, checked, and saves it.
+void change(session &work, cfg_template *record, const std::map<std::string, std::string> &values,
+            const template_content &content) {
+  for (const auto &[field, text] : values) {
+    if (field == "name") cfg_template_set_name(record, text.c_str());
+    if (field != "description") continue;
+    allow_text(text, field);
+    cfg_template_set_description(record, text.c_str());
+  }
+  set_content(record, values, content);
+  if (!cfg_template_save(record))
+    throw store_failure(work.store(), "cannot save the template (is there a list 'templates'?)");
+}
+
 void create(const options &opts, const change_arguments &arguments) {
-  auto fields = read_assignments(arguments.assignments, {"description", "dummy_field"}, true);
+  auto fields = read_assignments(arguments.assignments, field_names({"description"}), true);
   session work(opts, session::access::write);
   require_new(work.store(), arguments.reference);
   template_record one(cfg_template_new(work.store(), arguments.reference.c_str(),
                                        cfg_template_type_string_to_enum(arguments.kind.c_str())));
-  fill(one.get(), fields);
-  if (!cfg_template_save(one.get()))
-    throw store_failure(work.store(), "cannot add the template (is there a list 'templates'?)");
+  change(work, one.get(), fields, arguments.content);
   finish_entry(work, cfg_template_get_uuid(one.get()), arguments.reference, "Created");
 }
 
 void set(const options &opts, const change_arguments &arguments) {
-  auto fields = read_assignments(arguments.assignments, {"name", "description", "dummy_field"});
+  auto fields = read_assignments(arguments.assignments, field_names({"name", "description"}),
+                                 arguments.content.given());
   session work(opts, session::access::write);
   template_record one = find_template(work.store(), arguments.reference);
   auto name = fields.find("name");
   if (name != fields.end() && name->second != view(cfg_template_get_name(one.get())))
     require_new(work.store(), name->second);
-  fill(one.get(), fields);
-  if (!cfg_template_save(one.get())) throw store_failure(work.store(), "cannot save the template");
+  change(work, one.get(), fields, arguments.content);
   finish_entry(work, cfg_template_get_uuid(one.get()), cfg_template_get_name(one.get()), "Changed");
 }
 
@@ -137,35 +139,51 @@ void add_template(CLI::App &program, const options &opts) {
   verb->callback([&opts] { list(opts); });
 
   auto reference = std::make_shared<std::string>();
-  verb = add_verb(noun, "show", "Show one template", "  twctl template show 'Branch ports'");
+  auto script = std::make_shared<std::string>();
+  verb = add_verb(noun, "show", "Show one template, or write its script to a file",
+                  "  twctl template show 'Branch ports'\n"
+                  "  twctl template show Upgrade --script upgrade.sh");
   verb->add_option("template", *reference, what_a_template_is)->required();
-  verb->callback([&opts, reference] { show(opts, *reference); });
+  verb->add_option("--script", *script, "Write the script there instead; - for standard output");
+  verb->callback([&opts, reference, script] { show(opts, *reference, *script); });
 
-  auto arguments = std::make_shared<change_arguments>();
+  auto created = std::make_shared<change_arguments>();
   verb = add_verb(noun, "create", "Create a template",
                   "  twctl template create 'Branch ports' --kind ports description='Labels of a branch'\n"
-                  "  twctl template create Trial --kind dummy dummy_field=hello\n"
-                  "\nFields: description, dummy_field (kind dummy)");
-  verb->add_option("name", arguments->reference, "Name of the new template")->required();
+                  "  twctl template create Upgrade --kind script --script upgrade.sh timeout=600\n"
+                  "  twctl template create 'Branch logins' --kind auth mode=radius --radius-password\n"
+                  "  twctl template create 'Night shift' --kind users_groups operation=user_add\n"
+                  "\nFields: " +
+                      joined(field_names({"description"})));
+  verb->add_option("name", created->reference, "Name of the new template")->required();
   std::vector<std::string> names;
-  for (int32_t kind : kinds) names.emplace_back(cfg_template_type_enum_to_string(kind));
-  verb->add_option("--kind", arguments->kind, "What it carries")
+  for (int32_t kind = CFG_TEMPLATE_DUMMY; kind < CFG_TEMPLATE_INVALID; kind++)
+    names.emplace_back(cfg_template_type_enum_to_string(kind));
+  verb->add_option("--kind", created->kind, "What it carries")
       ->required()
       ->check(CLI::IsMember(std::move(names)));
-  verb->add_option("assignments", arguments->assignments, "FIELD=VALUE ...");
-  verb->callback([&opts, arguments] { create(opts, *arguments); });
+  verb->add_option("assignments", created->assignments, "FIELD=VALUE ...");
+  add_content_options(verb, created->content);
+  verb->callback([&opts, created] { create(opts, *created); });
 
+  auto changed = std::make_shared<change_arguments>();
   verb = add_verb(noun, "set", "Change fields of a template",
                   "  twctl template set 'Branch ports' name='Office ports'\n"
                   "  twctl template set templates-1 description=     (an empty value clears the field)\n"
-                  "\nFields: name, description, dummy_field (kind dummy)");
-  verb->add_option("template", arguments->reference, what_a_template_is)->required();
-  verb->add_option("assignments", arguments->assignments, "FIELD=VALUE ...")->required();
-  verb->callback([&opts, arguments] { set(opts, *arguments); });
+                  "  twctl template set Upgrade --script upgrade2.sh timeout=\n"
+                  "\nFields: " +
+                      joined(field_names({"name", "description"})));
+  verb->add_option("template", changed->reference, what_a_template_is)->required();
+  verb->add_option("assignments", changed->assignments, "FIELD=VALUE ...");
+  add_content_options(verb, changed->content);
+  verb->callback([&opts, changed] { set(opts, *changed); });
 
   verb = add_verb(noun, "delete", "Delete a template", "  twctl template delete Trial --yes");
   verb->add_option("template", *reference, what_a_template_is)->required();
   verb->callback([&opts, reference] { remove(opts, *reference); });
+
+  add_auth_server(noun, opts, true);
+  add_template_change(noun, opts);
 }
 
 }  // namespace twctl

@@ -125,6 +125,17 @@ TEST_F(NodeGroups, ADeletedGroupIsTheCallersAndLeavesNoGap) {
       stored());
 }
 
+TEST_F(NodeGroups, ADeletedGroupOutlivesItsNode) {
+  node_record node = three_groups();
+  const group_record b(cfg_node_get_node_group(node.get(), 1));
+  ASSERT_EQ(1, cfg_node_delete_group(node.get(), b.get()));
+  node.reset();
+  EXPECT_STREQ("b", cfg_node_group_get_groupname(b.get()));
+  EXPECT_STREQ("about b", cfg_node_group_get_description(b.get()));
+  EXPECT_EQ(1, cfg_node_group_add_role(b.get(), "late"));
+  EXPECT_STREQ("late", cfg_node_group_get_role(b.get(), cfg_node_group_get_role_count(b.get()) - 1));
+}
+
 TEST_F(NodeGroups, DeletingAGroupOfNoneOrAnotherNodeChangesNothing) {
   const node_record node = three_groups();
   const node_record other = load("nodes-1");

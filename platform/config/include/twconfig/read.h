@@ -10,7 +10,7 @@ CFG_BEGIN
  * A value as the store holds it. Borrowed until the next change, commit, abandon, refresh, park or close.
  *
  * A map or list that was read from its map or list tells where it stands: its members are for
- * cfg_value_read() and cfg_value_scan() alone.
+ * cfg_value_read(), cfg_value_entries() and cfg_value_scan() alone.
  */
 typedef struct cfg_value {
   cfg_kind kind;    /**< CFG_NONE when the key is absent */
@@ -38,6 +38,14 @@ CFG_API int cfg_child_read(cfg_elem *map, const char *child, const cfg_keyset *s
 /** cfg_map_read() of a map that was itself read as a value. 0 when it is no map. */
 CFG_API int cfg_value_read(cfg *store, const cfg_value *map, const cfg_keyset *set,
                            cfg_value *values) CFG_NOEXCEPT;
+
+/**
+ * Reads the committed entries of a list that was itself read as a value into `entries`, in list order, as
+ * many as there is room for; CFG_NONE for one that cannot be read. Returns how many the list has, -1 when it
+ * is no list.
+ */
+CFG_API int32_t cfg_value_entries(cfg *store, const cfg_value *list, cfg_value *entries,
+                                  int32_t room) CFG_NOEXCEPT;
 
 /** Called with each entry of a list; CFG_NONE for one that cannot be read. Returns 0 to end the scan. */
 typedef int (*cfg_value_visitor)(void *context, const cfg_value *entry);
@@ -86,6 +94,16 @@ typedef int (*cfg_entry_visitor)(void *context, const char *id, const cfg_value 
  */
 CFG_API int cfg_child_scan(cfg_elem *map, const char *child, const cfg_keyset *set, cfg_entry_visitor visit,
                            void *context) CFG_NOEXCEPT;
+
+/** Called with an entry's index and ID, borrowed for the length of the callback. Returns 0 to end the visit.
+ */
+typedef int (*cfg_id_visitor)(void *context, int32_t index, const char *id);
+/**
+ * Shows the IDs that cfg_get_listelem() gives for a list's indexes, in order, without making handles for the
+ * entries of a list that is not edited. NULL stands for an entry that is gone. The visitor must not change
+ * the store. 1 when every entry was visited or the visitor ended it, 0 when it is no list.
+ */
+CFG_API int cfg_list_ids(cfg_elem *list, cfg_id_visitor visit, void *context) CFG_NOEXCEPT;
 
 CFG_END
 #endif
