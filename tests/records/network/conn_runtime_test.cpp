@@ -35,11 +35,11 @@ TEST_F(ConnRuntime, TheFirstWordThatTheValueContainsDecides) {
   const struct {
     const char *value;
     int32_t status;
-  } cases[] = {{"starting", 2}, {"test", 2},         {"testing", 2},   {"down", 1},
-               {"start", 1},    {"started", 1},      {"stop", 3},      {"stopping", 3},
-               {"up", 4},       {"backup", 4},       {"", 0},          {"else", 0},
-               {"UP", 0},       {"down up", 1},      {"stop down", 1}, {"start stopped", 1},
-               {"up stop", 3},  {"starting down", 2}};
+  } cases[] = {{"starting", 2}, {"test", 2},          {"testing", 2},   {"down", 1},
+               {"start", 1},    {"started", 1},       {"stop", 3},      {"stopping", 3},
+               {"up", 4},       {"backup", 4},        {"", 0},          {"else", 0},
+               {"UP", 0},       {"down up", 1},       {"stop down", 1}, {"start stopped", 1},
+               {"up stop", 3},  {"starting down", 2}, {"startin", 1},   {"down test", 2}};
   for (const auto &one : cases) {
     publish_status(one.value);
     EXPECT_EQ(one.status, status()) << one.value;
