@@ -13,7 +13,7 @@
 namespace {
 
 constexpr const char *kUsage =
-    "usage: twbench [--dir DIR] [--only access|read|ports|pushes|requests|commit|import|fresh]\n"
+    "usage: twbench [--dir DIR] [--only access|read|ports|connections|pushes|requests|commit|import|fresh]\n"
     "               [--port-nodes N] [--effort FACTOR]\n"
     "  --dir     where the stores are kept meanwhile; a disk, or the durable figures mean nothing\n"
     "            (default: the build directory)\n"
@@ -37,9 +37,9 @@ bool parse(int argc, char **argv, Options &options) {
     const std::string value = optarg == nullptr ? "" : optarg;
     if (choice == 'd')
       options.directory = value;
-    else if (choice == 'o' &&
-             (value == "access" || value == "read" || value == "ports" || value == "pushes" ||
-              value == "requests" || value == "commit" || value == "import" || value == "fresh"))
+    else if (choice == 'o' && (value == "access" || value == "read" || value == "ports" ||
+                               value == "connections" || value == "pushes" || value == "requests" ||
+                               value == "commit" || value == "import" || value == "fresh"))
       options.only = value;
     else if (choice == 'p' && std::atoi(optarg) > 0)
       options.port_nodes = static_cast<std::uint32_t>(std::atoi(optarg));
@@ -65,6 +65,7 @@ void measure(const Options &options, const std::string &program) {
   if (wanted("read")) measure_reads(settings, table);
   if (wanted("access")) measure_access(settings, table);
   if (wanted("ports")) measure_ports(settings, table);
+  if (wanted("connections")) measure_connections(settings, table);
   if (wanted("pushes")) measure_pushes(settings, table);
   if (wanted("requests")) measure_requests(settings, table);
   if (wanted("import")) measure_imports(settings, table);

@@ -33,6 +33,8 @@ std::string measure_commits(const Settings &settings, Table &table);
 void measure_imports(const Settings &settings, Table &table);
 // All users by their list, and saves of users and groups as they grow.
 void measure_access(const Settings &settings, Table &table);
+// All connections with their live status, with and without one state of the daemon for each.
+void measure_connections(const Settings &settings, Table &table);
 // Making, saving and reading a push as its nodes grow.
 void measure_pushes(const Settings &settings, Table &table);
 // A certificate request with a new key, against the key alone.

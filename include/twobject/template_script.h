@@ -53,7 +53,10 @@ TW_API int cfg_script_template_delete_timeout(cfg_template *record) TW_NOEXCEPT;
 
 /** Makes the record one without script, checksum, size and time-out. 1, or 0 for NULL. */
 TW_API int cfg_script_template_new_setup(cfg_template *record) TW_NOEXCEPT;
-/** Reads the script's keys from a template's map. 1, or 0 for NULL and when memory is short. */
+/**
+ * Reads the script's keys from a template's map. Without "script_checksum" the record has none afterwards;
+ * what else is absent stays as it was. 1, or 0 for NULL and when memory is short.
+ */
 TW_API int cfg_script_template_load_from_config(cfg_template *record, cfg_elem *map) TW_NOEXCEPT;
 /**
  * Writes "script" (left as it is without a script), "script_checksum" (NULL deletes it) and "script_timeout"

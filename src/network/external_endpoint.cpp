@@ -34,17 +34,19 @@ constexpr tw::load_list load_endpoint({address, api_port, vpn_port});
 
 constexpr tw::named_list lists[] = {{"external endpoint load", load_endpoint}};
 
+// Writes a port or deletes its key. The number of values that were written.
+int write_port(const endpoint &record, cfg_elem *elem, const tw::row_data &port, bool drop) noexcept {
+  if (!drop) return port.store(record.cfg, elem, port.key, &record);
+  cfg_map_delete_key(record.cfg, elem, port.key);
+  return 0;
+}
+
 // Writes the address and what is to stay of the ports. The number of values that were written.
 int write(const endpoint &record, cfg_elem *elem, bool drop_api_port, bool drop_vpn_port) noexcept {
-  int written = cfg_map_set_string(record.cfg, elem, "address", record.address.c_str());
-  if (drop_api_port)
-    cfg_map_delete_key(record.cfg, elem, "api_port");
-  else
-    written += cfg_map_set_int(record.cfg, elem, "api_port", record.api_port);
-  if (drop_vpn_port)
-    cfg_map_delete_key(record.cfg, elem, "vpn_port");
-  else
-    written += cfg_map_set_int(record.cfg, elem, "vpn_port", record.vpn_port);
+  // Not by its row, to which deleting the key of a NULL address would be a success.
+  int written = cfg_map_set_string(record.cfg, elem, address.key, record.address.c_str());
+  written += write_port(record, elem, api_port, drop_api_port);
+  written += write_port(record, elem, vpn_port, drop_vpn_port);
   return written;
 }
 

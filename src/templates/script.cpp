@@ -82,6 +82,7 @@ int cfg_script_template_new_setup(cfg_template *record) noexcept {
 int cfg_script_template_load_from_config(cfg_template *record, cfg_elem *map) noexcept {
   if (!record || !map) return 0;
   const tw::memory_watch memory;
+  record->checksum.clear();  // a map without one must not leave that of the former script
   tw::load(load_keys, *record, map);
   return !memory.ran_short();
 }

@@ -49,7 +49,7 @@ sockaddr_in loopback(uint16_t port) {
 
 }  // namespace
 
-FixedPort::FixedPort() : lock_(open("/tmp/port-11300.lock", O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+FixedPort::FixedPort() : lock_(open(QUEUE_PORT_LOCK, O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
   if (lock_ < 0 || flock(lock_, LOCK_EX) != 0) fail("the lock of port 11300");
 }
 FixedPort::~FixedPort() { close(lock_); }

@@ -1,4 +1,5 @@
 // What an issued certificate is.
+#include <dlfcn.h>
 #include <openssl/pem.h>
 #include <openssl/rsa.h>
 #include <openssl/x509v3.h>
@@ -32,6 +33,12 @@ class CertificateIssue : public records::CertificateTest {
   }
   certificate_record record;
 };
+
+// What a request says that is signed; nobody sees the request itself.
+struct {
+  long version = -1;
+  int digest = NID_undef;
+} signed_request;
 
 struct name_entry {
   std::string field, value;
@@ -74,6 +81,12 @@ TEST_F(CertificateIssue, TheCommonNameIsCopied) {
   issued(name.c_str());
   name = "changed";
   EXPECT_STREQ("node", cfg_certificate_get_common_name(record.get()));
+}
+
+TEST_F(CertificateIssue, ItsRequestSaysVersion2AndIsSignedWithSha256) {
+  issued();
+  EXPECT_EQ(2, signed_request.version);
+  EXPECT_EQ(NID_sha256, signed_request.digest);
 }
 
 TEST_F(CertificateIssue, LogsItsStepsAtDebugPriority) {
@@ -311,3 +324,10 @@ TEST_F(CertificateIssue, SerialsBeyondTheSignedRangeAdvanceAsUnsignedNumbers) {
 }
 
 }  // namespace
+
+// Stands in front of OpenSSL's own, for the program and its libraries.
+extern "C" __attribute__((visibility("default"))) int X509_REQ_sign(X509_REQ *request, EVP_PKEY *key,
+                                                                    const EVP_MD *digest) {
+  signed_request = {X509_REQ_get_version(request), EVP_MD_get_type(digest)};
+  return reinterpret_cast<decltype(&X509_REQ_sign)>(dlsym(RTLD_NEXT, "X509_REQ_sign"))(request, key, digest);
+}

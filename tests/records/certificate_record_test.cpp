@@ -50,6 +50,14 @@ TEST_F(CertificateRecord, AllKeysOfTheElementAreOptional) {
   EXPECT_EQ(nullptr, cfg_certificate_get_private_key(record.get()));
 }
 
+TEST_F(CertificateRecord, AKeyOfAnotherKindFailsTheLoad) {
+  for (const char *key : {"certificate", "private_key", "common_name", "revoke_time"}) {
+    cfg_elem *entry = entry_of("certificates");
+    set_bool(entry, key, true);
+    EXPECT_EQ(nullptr, load(id_of(entry).c_str())) << key;
+  }
+}
+
 TEST_F(CertificateRecord, UnknownAndNullIdsAndHandlesGiveNothing) {
   add_element();
   EXPECT_EQ(nullptr, load("certificates-9"));

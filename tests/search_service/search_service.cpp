@@ -17,8 +17,6 @@ namespace search_service {
 
 namespace {
 
-constexpr char kLock[] = "/tmp/twsearch-server.test-lock";
-
 int checked(int result, const char *what) {
   if (result < 0) throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));
   return result;
@@ -32,7 +30,8 @@ std::string framed(const std::string &body) {
 
 }  // namespace
 
-PathClaim::PathClaim() : lock_(checked(open(kLock, O_RDWR | O_CREAT | O_CLOEXEC, 0600), kLock)) {
+PathClaim::PathClaim()
+    : lock_(checked(open(SEARCH_SOCKET_LOCK, O_RDWR | O_CREAT | O_CLOEXEC, 0600), SEARCH_SOCKET_LOCK)) {
   checked(flock(lock_, LOCK_EX), "flock");
   unlink(kPath);
 }

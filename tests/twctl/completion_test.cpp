@@ -1,3 +1,6 @@
+#include <set>
+#include <sstream>
+
 #include "harness.hpp"
 
 namespace test {
@@ -51,100 +54,59 @@ TEST_F(TwctlCompletion, NounsVerbsAndValuesAreOffered) {
   EXPECT_EQ(offers({"node", "set", "rack-1", "ser"}), "serial_number=");
 }
 
-TEST_F(TwctlCompletion, EveryOptionOfEveryVerbIsOffered) {
-  const std::vector<arguments> verbs = {{"push", "create"},
-                                        {"push", "set"},
-                                        {"push", "status"},
-                                        {"push", "message"},
-                                        {"template", "server", "list"},
-                                        {"template", "change", "user"},
-                                        {"template", "change", "group"},
-                                        {"template", "change", "membership"},
-                                        {"net", "physif", "list"},
-                                        {"net", "physif", "show"},
-                                        {"net", "physif", "set"},
-                                        {"net", "conn", "list"},
-                                        {"net", "conn", "set"},
-                                        {"net", "endpoint", "add"},
-                                        {"net", "endpoint", "set"},
-                                        {"net", "address", "list"},
-                                        {"net", "address", "show"},
-                                        {"ntp", "set"},
-                                        {"ntp", "server", "add"},
-                                        {"console-gateway", "set"},
-                                        {"bootflag", "add"},
-                                        {"bootflag", "set"},
-                                        {"https", "cert", "show"},
-                                        {"https", "cert", "install"},
-                                        {"https", "csr", "new"},
-                                        {"https", "csr", "show"},
-                                        {"https", "csr", "delete"},
+TEST_F(TwctlCompletion, TheNounsAndVerbsAreThoseOfTheProgram) {
+  std::vector<arguments> nouns = {{}};
+  for (const std::string &noun : parts_of({}).nouns) nouns.push_back({noun});
+  for (size_t i = 0; i < nouns.size(); i++) {
+    const arguments noun = nouns[i];
+    const parts below = parts_of(noun);
+    std::set<std::string> expected(below.verbs.begin(), below.verbs.end());
+    expected.insert(below.nouns.begin(), below.nouns.end());
+    if (expected.empty()) continue;  // "init" and "search" have no verbs
+    if (!noun.empty())
+      for (const std::string &deeper : below.nouns) nouns.push_back({noun[0], deeper});
+    arguments asked = noun;
+    asked.emplace_back();
+    std::istringstream words(offers(asked));
+    std::set<std::string> offered;
+    for (std::string word; words >> word;)
+      if (!word.starts_with("-")) offered.insert(word);
+    EXPECT_EQ(offered, expected) << words_of(noun);
+  }
+}
 
-                                        {"system", "get"},
-                                        {"system", "set"},
-                                        {"node", "enroll"},
-                                        {"node", "list"},
-                                        {"node", "show"},
-                                        {"node", "set"},
-                                        {"node", "delete"},
-                                        {"fleet", "import"},
-                                        {"cert", "issue"},
-                                        {"cert", "show"},
-                                        {"cert", "ca"},
-                                        {"cert", "list"},
-                                        {"cert", "revoke"},
-                                        {"store", "export"},
-                                        {"store", "import"},
-                                        {"store", "verify"},
-                                        {"node", "status"},
-                                        {"node", "approve"},
-                                        {"node", "tag"},
-                                        {"node", "unenroll"},
-                                        {"port", "list"},
-                                        {"port", "show"},
-                                        {"port", "set"},
-                                        {"port", "add"},
-                                        {"smartgroup", "list"},
-                                        {"smartgroup", "show"},
-                                        {"smartgroup", "nodes"},
-                                        {"smartgroup", "create"},
-                                        {"smartgroup", "set"},
-                                        {"smartgroup", "delete"},
-                                        {"tag", "list"},
-                                        {"tag", "show"},
-                                        {"tag", "add"},
-                                        {"tag", "rename"},
-                                        {"tag", "delete"},
-                                        {"bundle", "list"},
-                                        {"bundle", "show"},
-                                        {"bundle", "create"},
-                                        {"bundle", "set"},
-                                        {"bundle", "delete"},
-                                        {"bundle", "nodes"},
-                                        {"bundle", "token"},
-                                        {"template", "list"},
-                                        {"template", "show"},
-                                        {"template", "create"},
-                                        {"template", "set"},
-                                        {"template", "delete"},
-                                        {"services", "start"},
-                                        {"services", "status"},
-                                        {"services", "stop"},
-                                        {"store", "compact"},
-                                        {"store", "status"},
-                                        {"store", "log"}};
-  for (const arguments &verb : verbs) {
+TEST_F(TwctlCompletion, EveryOptionOfEveryVerbIsOffered) {
+  for (const arguments &verb : all_commands()) {
     arguments help_of = verb, options_of = verb;
     help_of.push_back("--help");
     options_of.push_back("--");
-    std::string help = run(help_of).out;
-    std::string offered = " " + offers(options_of) + " ";
+    const std::string help = run(help_of).out;
+    const std::string offered = " " + offers(options_of) + " ";
     for (size_t at = help.find("\n  "); at != std::string::npos; at = help.find("\n  ", at + 1)) {
       size_t start = help.find("--", at), end = help.find_first_of(" ,\n=", start);
       if (start == std::string::npos || start > help.find('\n', at + 1) || help[at + 3] != '-') continue;
-      std::string option = help.substr(start, end - start);
-      EXPECT_NE(offered.find(" " + option + " "), std::string::npos)
-          << verb.front() << " ... " << verb.back() << " " << option;
+      const std::string option = help.substr(start, end - start);
+      EXPECT_NE(offered.find(" " + option + " "), std::string::npos) << words_of(verb) << " " << option;
+    }
+  }
+}
+
+/// An option with a value must not make the completion take the value for a noun, a verb or an argument.
+TEST_F(TwctlCompletion, TheValueOfEveryOptionIsPassedOver) {
+  for (const arguments &verb : all_commands()) {
+    arguments help_of = verb;
+    help_of.push_back("--help");
+    const std::string help = run(help_of).out;
+    for (size_t at = help.find("\n  --"); at != std::string::npos; at = help.find("\n  --", at + 1)) {
+      const size_t end = help.find_first_of(" \n=", at + 3);
+      const std::string option = help.substr(at + 3, end - at - 3), kind = help.substr(end + 1, 4);
+      if (kind != "TEXT" && kind != "INT:" && kind != "INT " && kind != "UINT") continue;
+      arguments plain = verb, with_value = {option, "value"};
+      plain.emplace_back();
+      if (words_of(verb) == "bundle token") continue;  // its --remove takes no value, that of 'node tag' does
+      with_value.insert(with_value.begin(), verb.begin(), verb.end());
+      with_value.emplace_back();
+      EXPECT_EQ(offers(with_value), offers(plain)) << words_of(verb) << " " << option;
     }
   }
 }

@@ -110,10 +110,7 @@ json twctl_test::run_json(arguments args, const std::string &input) {
   return value;
 }
 
-void twctl_test::init() {
-  outcome result = run({"init"});
-  ASSERT_EQ(result.code, 0) << result.err;
-}
+void twctl_test::init(const std::string &name) { std::filesystem::copy(INITIALISED_STORE, path(name)); }
 
 void twctl_test::own_directory(const std::string &variable) {
   std::erase_if(environment_, [&](const std::string &one) { return one.starts_with(variable + "="); });
@@ -126,6 +123,41 @@ std::string twctl_test::everything() {
   EXPECT_EQ(result.code, 0) << result.err;
   json status = run_json({"store", "status"});
   return result.out + "revision " + std::to_string(status["revision"].number());
+}
+
+twctl_test::parts twctl_test::parts_of(arguments command) {
+  command.push_back("--help");
+  std::istringstream lines(run(command).out);
+  parts result;
+  arguments *section = nullptr;
+  for (std::string line; std::getline(lines, line);) {
+    if (line == "Nouns:") section = &result.nouns;
+    if (line == "Verbs:") section = &result.verbs;
+    if (line.empty()) section = nullptr;
+    if (section && line.size() > 2 && line.starts_with("  ") && line[2] != ' ')
+      section->push_back(line.substr(2, line.find(' ', 2) - 2));
+  }
+  return result;
+}
+
+std::vector<arguments> twctl_test::all_commands(const arguments &below) {
+  std::vector<arguments> result;
+  const parts found = parts_of(below);
+  for (const arguments *names : {&found.nouns, &found.verbs})
+    for (const std::string &name : *names) {
+      arguments command = below;
+      command.push_back(name);
+      std::vector<arguments> deeper = all_commands(command);
+      if (deeper.empty()) deeper.push_back(command);
+      result.insert(result.end(), deeper.begin(), deeper.end());
+    }
+  return result;
+}
+
+std::string words_of(const arguments &command) {
+  std::string words;
+  for (const std::string &word : command) words += (words.empty() ? "" : " ") + word;
+  return words;
 }
 
 open_store open_for_reading(const std::string &path) {

@@ -76,11 +76,20 @@ class twctl_test : public ::testing::Test {
   outcome run_program(const std::string &program, const arguments &args, const std::string &input = "");
   /// Runs a command that must succeed, with -o json, and gives its output.
   json run_json(arguments args, const std::string &input = "");
-  void init();
+  /// Puts in place what 'twctl init' made when the tests were built: making the authority's key takes a
+  /// second.
+  void init(const std::string &name = "store");
   /// Gives the programs, and the test itself, a directory of their own for what this variable names.
   void own_directory(const std::string &variable);
   /// The whole store as text: two calls give the same text when nothing was written in between.
   std::string everything();
+  /// The nouns and verbs that --help names below a command: those that go on, then those that do something.
+  struct parts {
+    arguments nouns, verbs;
+  };
+  parts parts_of(arguments command);
+  /// All commands that do something, as the program's own help names them: {"tag", "value", "add"}.
+  std::vector<arguments> all_commands(const arguments &below = {});
 
   /// The environment of the programs that are run, "NAME=value" each.
   arguments environment_;
@@ -89,6 +98,9 @@ class twctl_test : public ::testing::Test {
   std::string directory_;
   int count_ = 0;
 };
+
+/// A command as one types it: "tag value add".
+std::string words_of(const arguments &command);
 
 /// A store that the test itself fills, and commits.
 void change_store(const std::string &path, const std::function<void(cfg *)> &change);

@@ -9,7 +9,7 @@ namespace test {
 using TwctlInit = twctl_test;
 
 TEST_F(TwctlInit, InitMakesEveryBaseListInOneCommit) {
-  init();
+  ASSERT_EQ(run({"init"}).code, 0);
   open_store store = open_for_reading(store_path());
   for (const char *path :
        {"system.net.physifs", "system.net.conns", "system.net.external_endpoints", "services.ntp.servers",
@@ -23,7 +23,7 @@ TEST_F(TwctlInit, InitMakesEveryBaseListInOneCommit) {
 }
 
 TEST_F(TwctlInit, TheStoreIsPrivateToItsOwner) {
-  init();
+  ASSERT_EQ(run({"init"}).code, 0);
   struct stat info;
   ASSERT_EQ(stat(store_path().c_str(), &info), 0);
   EXPECT_EQ(info.st_mode & 0777u, 0700u);

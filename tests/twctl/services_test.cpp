@@ -35,7 +35,11 @@ class TwctlServices : public twctl_test {
     run_json({"node", "tag", "rack-1", "--add", "Site=Berlin"});
     run_json({"node", "tag", "rack-2", "--add", "Site=Lima"});
   }
-  void TearDown() override { run({"services", "stop"}); }
+  void TearDown() override {
+    // Also those of another store: should they have started against all expectation, nobody else stops them.
+    for (const std::string &store : {store_path(), path("other")})
+      run({"--store", store, "services", "stop"});
+  }
 
   json start() { return run_json({"services", "start"})["services"]; }
   std::string states(const arguments &args) {
@@ -79,7 +83,7 @@ TEST_F(TwctlServices, TheyAreStartedOnceSeenAndStopped) {
 
 TEST_F(TwctlServices, AnotherStoresServicesAreLeftAlone) {
   start();
-  ASSERT_EQ(run({"--store", path("other"), "init"}).code, 0);
+  init("other");
   EXPECT_EQ(run({"--store", path("other"), "services", "start"}).code, 4);
   EXPECT_EQ(states({"services", "status"}), "beanstalkd running; searchd running; unenrolld running; ");
   EXPECT_EQ(run({"--store", path("none"), "services", "start"}).code, 3);

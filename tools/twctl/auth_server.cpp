@@ -177,8 +177,7 @@ void add_auth_server(CLI::App *parent, const options &opts, bool in_template) {
   noun->require_subcommand(1);
   constexpr const char *what_a_server_is = "ID or host name of a server";
   CLI::IsMember is_kind(kind_names());
-  std::string command =
-      in_template ? "  twctl template server {} 'Branch logins' " : "  twctl auth server {} ";
+  std::string command = in_template ? "  twctl template server {} 'Branch logins'" : "  twctl auth server {}";
   auto example = [&](const char *verb, const char *arguments) {
     return fmt::format(fmt::runtime(command), verb) + arguments;
   };
@@ -193,12 +192,12 @@ void add_auth_server(CLI::App *parent, const options &opts, bool in_template) {
 
   auto only = std::make_shared<std::string>();
   CLI::App *verb =
-      begin("list", "List servers", example("list", "\n") + example("list", "--kind ldap -o json"));
+      begin("list", "List servers", example("list", "\n") + example("list", " --kind ldap -o json"));
   verb->add_option("--kind", *only, "Only these")->check(is_kind);
   verb->callback([&opts, arguments, only] { list(opts, arguments->carrier, *only); });
 
   verb = begin("add", "Add a server",
-               example("add", "radius 10.0.0.9\n") + example("add", "ldap ldap.example port=636"));
+               example("add", " radius 10.0.0.9\n") + example("add", " ldap ldap.example port=636"));
   verb->add_option("kind", arguments->kind, "What it is asked for")->required()->check(is_kind);
   verb->add_option("hostname", arguments->reference, "IP address or host name")->required();
   verb->add_option("assignments", arguments->assignments, "port=PORT");
@@ -206,13 +205,13 @@ void add_auth_server(CLI::App *parent, const options &opts, bool in_template) {
 
   verb =
       begin("set", "Change a server",
-            example("set", "ldap ldap.example hostname=ldap2.example port=\n") + "\nFields: hostname, port");
+            example("set", " ldap ldap.example hostname=ldap2.example port=\n") + "\nFields: hostname, port");
   verb->add_option("kind", arguments->kind, "What it is asked for")->required()->check(is_kind);
   verb->add_option("server", arguments->reference, what_a_server_is)->required();
   verb->add_option("assignments", arguments->assignments, "FIELD=VALUE ...")->required();
   verb->callback([&opts, arguments] { set(opts, *arguments); });
 
-  verb = begin("delete", "Delete a server", example("delete", "radius 10.0.0.9 --yes"));
+  verb = begin("delete", "Delete a server", example("delete", " radius 10.0.0.9 --yes"));
   verb->add_option("kind", arguments->kind, "What it is asked for")->required()->check(is_kind);
   verb->add_option("server", arguments->reference, what_a_server_is)->required();
   verb->callback([&opts, arguments] { remove(opts, *arguments); });

@@ -300,7 +300,7 @@ void add_cert(CLI::App &program, const options &opts) {
   auto limit = std::make_shared<size_t>(0);
   verb =
       add_verb(noun, "list", "List certificates", "  twctl cert list\n  twctl cert list --limit 10 -o json");
-  verb->add_option("--limit", *limit, "At most this many")->check(CLI::PositiveNumber);
+  add_limit(verb, *limit);
   verb->callback([&opts, limit] { list(opts, *limit); });
 
   auto reference = std::make_shared<std::string>();

@@ -47,13 +47,17 @@ const char *name_of(cfg_kind kind) {
   return "";
 }
 
+/// Kinds that are shown whatever their name: the store words a blob as its size, and a truth value is no
+/// secret.
+bool is_told(cfg_kind kind) { return kind == CFG_BLOB || kind == CFG_BOOL; }
+
 /**
  * A value as it may be shown. Containers are shown by their kind alone: their text could hold what their
- * members hide. The store already words a blob as its size.
+ * members hide.
  */
 cell shown(const cfg_change &raw, const char *text) {
   if (!text || raw.kind == CFG_MAP || raw.kind == CFG_LIST) return {};
-  if (names_secret(view(raw.id)) && raw.kind != CFG_BLOB) return std::string(hidden);
+  if (names_secret(view(raw.id)) && !is_told(raw.kind)) return std::string(hidden);
   return std::string(text);
 }
 
@@ -170,7 +174,7 @@ std::vector<change> changes_of(cfg *store) {
   place_namer places(store);
   for (change &one : changes) {
     one.place = places.name(one.id);
-    if (!names_secret(one.place) || one.kind == "blob") continue;
+    if (!names_secret(one.place) || one.kind == name_of(CFG_BLOB) || one.kind == name_of(CFG_BOOL)) continue;
     for (cell *value : {&one.before, &one.after})
       if (!std::holds_alternative<std::monostate>(*value)) *value = std::string(hidden);
   }

@@ -3,6 +3,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdint>
+
 #include "options.hpp"
 
 namespace twctl {
@@ -52,6 +54,12 @@ void add_store(CLI::App &program, const options &opts);
 inline CLI::App *add_verb(CLI::App *noun, const std::string &name, const std::string &description,
                           const std::string &examples) {
   return noun->add_subcommand(name, description)->footer("Examples:\n" + examples);
+}
+
+/// The option --limit of a verb that lists.
+template <typename Number>
+void add_limit(CLI::App *verb, Number &limit) {
+  verb->add_option("--limit", limit, "At most this many")->check(CLI::Range(1, INT32_MAX).description(""));
 }
 
 }  // namespace twctl

@@ -90,7 +90,21 @@ bool is_mac_address(std::string_view text) {
   return true;
 }
 
+bool needs_password(const device &one) {
+  return one.kind && (one.kind->how == reach::credentials ||
+                      (one.kind->how == reach::generic && one.connection_method == "ssh"));
+}
+
 std::vector<std::string> problems_of(const device &one) {
+  std::vector<std::string> problems = problems_but_password(one);
+  if (needs_password(one) && one.password.empty())
+    problems.push_back("password is missing");
+  else if (needs_password(one) && !is_label(one.password.view()))
+    problems.push_back("password is too long, not UTF-8 or holds control characters");
+  return problems;
+}
+
+std::vector<std::string> problems_but_password(const device &one) {
   std::vector<std::string> problems;
   if (!one.kind) return {fmt::format("the product kind is not known (known: {})", product_names())};
   auto check_label = [&](const std::string &value, const char *what, bool needed) {
@@ -99,8 +113,6 @@ std::vector<std::string> problems_of(const device &one) {
                              ? fmt::format("{} is missing", what)
                              : fmt::format("{} is too long, not UTF-8 or holds control characters", what));
   };
-  bool has_credentials = one.kind->how == reach::credentials ||
-                         (one.kind->how == reach::generic && one.connection_method == "ssh");
   check_label(one.name, "name", one.kind->how != reach::vpn);
   check_label(one.serial, "serial number", false);
   check_label(one.model, "model", false);
@@ -114,13 +126,7 @@ std::vector<std::string> problems_of(const device &one) {
     else if (!is_host(one.address))
       problems.push_back(fmt::format("'{}' is no IP address or host name", printable(one.address)));
   }
-  if (has_credentials) {
-    check_label(one.username, "user name", true);
-    if (one.password.empty())
-      problems.push_back("password is missing");
-    else if (!is_label(one.password.view()))
-      problems.push_back("password is too long, not UTF-8 or holds control characters");
-  }
+  if (needs_password(one)) check_label(one.username, "user name", true);
   if (one.kind->how == reach::generic) check_generic(one, problems);
   return problems;
 }

@@ -29,6 +29,11 @@ struct device {
  * "tarnwell" node may go without a name, all others need what their kind is reached by.
  */
 std::vector<std::string> problems_of(const device &one);
+/// The same without the password, for those who read it only when all else is right.
+std::vector<std::string> problems_but_password(const device &one);
+
+/// Is a node of this kind, and of this connection method, reached with a user name and a password?
+bool needs_password(const device &one);
 
 /// Is the text fit for a name, a serial number, a model: 1 to 255 bytes of UTF-8 without control characters?
 bool is_label(std::string_view text);

@@ -88,7 +88,7 @@ void require_free(const char *id, const std::string &name) {
 }
 
 void finish_entry(session &work, const std::string &id, const std::string &name, const char *done) {
-  outcome result = work.commit(fmt::format("{} '{}'", done, printable(name)));
+  outcome result = work.commit(fmt::format("{} '{}'", work.opts().command, printable(name)));
   std::string now = result.dry_run ? std::string() : final_id(work.store(), id);
   sheet details;
   details.add("id", "ID", unless_empty(now));

@@ -50,6 +50,8 @@ void write_private_file(const std::string &path, std::string_view data) {
 
 void hand_out_key(const session &work, const std::string &path, std::string_view key) {
   if (key.empty()) throw failure(exit_code::not_found, "there is no private key in the store");
+  if (work.opts().dry_run)
+    return work.note(fmt::format("Dry run: the private key would be written to '{}'.", printable(path)));
   write_private_file(path, key);
   work.note(fmt::format("Wrote the private key to '{}', readable by you alone.", printable(path)));
 }

@@ -10,6 +10,7 @@
 #include "manual.hpp"
 #include "output.hpp"
 #include "text.hpp"
+#include "usage.hpp"
 
 namespace {
 
@@ -27,14 +28,18 @@ constexpr const char *footer =
     "  twctl node list";
 
 void add_options(CLI::App &program, options &opts) {
-  static const std::map<std::string, output_format> formats = {{"table", output_format::table},
-                                                               {"json", output_format::json}};
   program.add_option("--store", opts.store, "Directory of the store")
       ->envname("TWCTL_STORE")
       ->capture_default_str();
-  program.add_option("-o,--output", opts.output, "table or json")
-      ->transform(CLI::Transformer(formats).description(""))
-      ->check(CLI::IsMember({output_format::table, output_format::json}).description(""))
+  program
+      .add_option_function<std::string>(
+          "-o,--output",
+          [&opts](const std::string &name) {
+            if (name != "table" && name != "json")
+              throw CLI::ValidationError("--output", fmt::format("'{}' is neither table nor json", name));
+            opts.output = name == "json" ? output_format::json : output_format::table;
+          },
+          "table or json")
       ->type_name("FORMAT");
   program.add_flag("--dry-run", opts.dry_run, "Show what would change and write nothing");
   program.add_flag("--yes", opts.yes, "Do not ask for confirmation");
@@ -81,9 +86,7 @@ int run(CLI::App &program, const options &opts, int argc, char **argv) {
   } catch (const CLI::Success &request) {
     return program.exit(request);  // --help, --version
   } catch (const CLI::ParseError &problem) {
-    return report(
-        failure(exit_code::usage, problem.what(), "", "see 'twctl --help' or 'twctl NOUN VERB --help'"),
-        opts);
+    return report(usage_failure(program, problem), opts);
   } catch (const failure &problem) {
     fflush(stdout);
     return report(problem, opts);
@@ -112,5 +115,7 @@ int main(int argc, char **argv) {
         add_search, add_services, add_store})
     add(program, opts);
   let_options_stand_anywhere(&program);
+  name_parts(program);
+  program.parse_complete_callback([&] { opts.command = command_of(program); });
   return run(program, opts, argc, argv);
 }

@@ -31,33 +31,36 @@ class named_noun {
   };
   using owner = std::unique_ptr<Record, void (*)(Record *)>;
 
-  /// `list` is the name of the list in the store, `what` what a record is called.
-  named_noun(const char *noun, const char *list, const char *what, const functions &record)
-      : noun_(noun), list_(list), what_(what), record_(record) {}
+  /// `list` is the name of the list in the store, `what` what a record is called, `one` the same with its
+  /// article.
+  named_noun(const char *noun, const char *list, const char *what, const char *one, const functions &record)
+      : noun_(noun), list_(list), what_(what), one_(one), record_(record) {}
 
   /// Adds the noun with its verbs. The noun must outlive the program's options.
   void add_to(CLI::App &program, const options &opts, const std::string &description,
-              const std::string &example) const {
+              const std::string &example, const std::string &new_name) const {
     CLI::App *noun = program.add_subcommand(noun_, description);
     noun->require_subcommand(1);
-    std::string command = fmt::format("  twctl {}", noun_), which = fmt::format("ID or name of a {}", what_);
+    std::string command = fmt::format("  twctl {}", noun_), which = fmt::format("ID or name of {}", one_);
     auto reference = std::make_shared<std::string>();
     auto name = std::make_shared<std::string>();
 
-    CLI::App *verb = add_verb(noun, "list", "List them", command + " list\n" + command + " list -o json");
+    CLI::App *verb = add_verb(noun, "list", fmt::format("List {}s", what_),
+                              command + " list\n" + command + " list -o json");
     verb->callback([this, &opts] { list(opts); });
 
-    verb = add_verb(noun, "add", fmt::format("Add a {}", what_), fmt::format("{} add {}", command, example));
+    verb = add_verb(noun, "add", fmt::format("Add {}", one_), fmt::format("{} add {}", command, example));
     verb->add_option("name", *name, "Its name")->required();
     verb->callback([this, &opts, name] { add(opts, *name); });
 
-    verb = add_verb(noun, "rename", fmt::format("Change the name of a {}", what_),
-                    fmt::format("{0} rename {1} New{1}\n{0} rename {1} New{1} --dry-run", command, example));
+    verb =
+        add_verb(noun, "rename", fmt::format("Change the name of {}", one_),
+                 fmt::format("{0} rename {1} {2}\n{0} rename {1} {2} --dry-run", command, example, new_name));
     verb->add_option(noun_, *reference, which)->required();
     verb->add_option("name", *name, "Its new name")->required();
     verb->callback([this, &opts, reference, name] { rename(opts, *reference, *name); });
 
-    verb = add_verb(noun, "delete", fmt::format("Delete a {}", what_),
+    verb = add_verb(noun, "delete", fmt::format("Delete {}", one_),
                     fmt::format("{} delete {} --yes", command, example));
     verb->add_option(noun_, *reference, which)->required();
     verb->callback([this, &opts, reference] { remove(opts, *reference); });
@@ -82,7 +85,7 @@ class named_noun {
   }
 
   void require_new(cfg *store, const std::string &name) const {
-    require_label(name, fmt::format("the name of a {}", what_));
+    require_label(name, fmt::format("the name of {}", one_));
     if (owner same = named(store, name)) require_free(record_.id(same.get()), name);
   }
 
@@ -139,7 +142,7 @@ class named_noun {
 
   const char *noun_;
   const char *list_;
-  const char *what_;
+  const char *what_, *one_;
   functions record_;
 };
 

@@ -7,6 +7,7 @@
 #include "device.hpp"
 #include "failure.hpp"
 #include "nodes.hpp"
+#include "secret_option.hpp"
 #include "session.hpp"
 #include "text.hpp"
 
@@ -18,11 +19,6 @@ struct enroll_arguments {
   device description;
   std::string product, password_file;
 };
-
-bool needs_password(const device &one) {
-  return one.kind->how == reach::credentials ||
-         (one.kind->how == reach::generic && one.connection_method == "ssh");
-}
 
 void require_new(cfg *store, const device &one) {
   node_record same_name(one.name.empty() ? nullptr : cfg_get_node_by_name(store, one.name.c_str()));
@@ -52,10 +48,13 @@ void name_after_id(session &work, cfg_enrollment *enrollment, outcome &result) {
 void enroll_one(const options &opts, enroll_arguments &arguments) {
   device &one = arguments.description;
   one.kind = find_product(arguments.product);
-  if (one.kind && needs_password(one))
+  // Nobody is asked for a password in vain.
+  std::vector<std::string> problems = problems_but_password(one);
+  if (problems.empty() && needs_password(one)) {
     one.password = read_password(arguments.password_file,
                                  fmt::format("Password of {} on {}", one.username, one.address));
-  std::vector<std::string> problems = problems_of(one);
+    problems = problems_of(one);
+  }
   if (!problems.empty()) {
     std::string why;
     for (const std::string &problem : problems) why += (why.empty() ? "" : "; ") + problem;
@@ -151,9 +150,9 @@ assignment parse_assignment(const std::string &text) {
 }
 
 struct set_arguments {
-  std::string reference, password_file;
+  std::string reference;
   std::vector<std::string> assignments;
-  bool ask_password = false;
+  secret_option password;
 };
 
 /// Changes how the appliance reaches a node. Only the enrolment writes these fields.
@@ -191,26 +190,21 @@ void set_fields(const options &opts, const set_arguments &arguments) {
     assignments.push_back(parse_assignment(text));
     reach_changes = reach_changes || assignments.back().target->set_on_enrollment;
   }
-  bool new_password = arguments.ask_password || !arguments.password_file.empty();
+  bool new_password = arguments.password.given();
   if (assignments.empty() && !new_password)
     throw failure(exit_code::usage, "nothing to set", "",
                   "give FIELD=VALUE; the fields are " + field_names());
   secret password;
-  if (new_password) password = read_password(arguments.password_file, "New password");
+  if (new_password) password = arguments.password.read();
 
   session work(opts, session::access::write);
   node_record node = find_node(work.store(), arguments.reference);
   std::string id = cfg_node_get_uuid(node.get());
   const product *kind = find_product(view(cfg_node_get_product(node.get())));
   for (const assignment &one : assignments) require_fitting(kind, *one.target);
-  if (new_password) {
-    if (!kind || kind->how == reach::vpn)
-      throw failure(exit_code::invalid_input, "this node has no password",
-                    "nodes of its product kind call in by themselves");
-    if (!is_label(password.view()))
-      throw failure(exit_code::invalid_input, "the password cannot be used",
-                    "it is empty, too long, not UTF-8 or holds control characters");
-  }
+  if (new_password && (!kind || kind->how == reach::vpn))
+    throw failure(exit_code::invalid_input, "this node has no password",
+                  "nodes of its product kind call in by themselves");
   if (reach_changes || new_password)
     change_reach(work.store(), node.get(), assignments, new_password ? &password : nullptr);
   for (const assignment &one : assignments)
@@ -281,7 +275,7 @@ void add_list(CLI::App *noun, const options &opts) {
   verb->add_option("--approved", filter->approved, "Only approved nodes (yes) or the others (no)")
       ->check(CLI::IsMember({"yes", "no"}));
   verb->add_option("--match", filter->match, "Only nodes with this text in any column");
-  verb->add_option("--limit", filter->limit, "At most this many")->check(CLI::PositiveNumber);
+  add_limit(verb, filter->limit);
   verb->add_option("--columns", filter->columns, "Which columns, in which order: " + node_columns());
   verb->callback([&opts, filter] { list_nodes(opts, *filter); });
 }
@@ -313,9 +307,7 @@ void add_node(CLI::App &program, const options &opts) {
                       field_names());
   verb->add_option("node", arguments->reference, what_a_node_is)->required();
   verb->add_option("assignments", arguments->assignments, "FIELD=VALUE ...");
-  verb->add_option("--password-file", arguments->password_file,
-                   "File whose first line is the new password; - for standard input");
-  verb->add_flag("--password", arguments->ask_password, "Ask for a new password");
+  add_secret(verb, arguments->password, "password", "New password", false);
   verb->callback([&opts, arguments] { set_fields(opts, *arguments); });
 
   verb = add_verb(noun, "delete", "Delete a node",

@@ -84,6 +84,8 @@ void status(const options &opts, const status_arguments &arguments) {
     node_record node = find_node(work.store(), arguments.reference);
     publish(opts, node.get(), arguments.state);
     add_status(result, node.get());
+    if (opts.dry_run && !arguments.state.empty())
+      work.note(fmt::format("Dry run: '{}' would be published.", arguments.state));
   } else {
     cfg_elem *nodes = cfg_get_by_path(work.store(), "nodes");
     for (int32_t i = 0; const char *id = cfg_get_listelem(nodes, i); i++) {

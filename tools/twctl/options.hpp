@@ -16,6 +16,8 @@ struct options {
   std::string who;
   std::string reason;
 
+  std::string command;  ///< "user add": what the commit log says was done
+
   bool json() const { return output == output_format::json; }
 };
 

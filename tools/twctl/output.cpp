@@ -129,11 +129,14 @@ void sheet::print(const options &opts) const {
     print_json(json());
     return;
   }
+  if (std::all_of(lines_.begin(), lines_.end(), [](const auto &line) { return is_nothing(line.second); })) {
+    fmt::print(stderr, "Nothing is set.\n");
+    return;
+  }
   size_t width = 0;
   for (const auto &[line, value] : lines_) width = std::max(width, view(line.title).size());
   for (const auto &[line, value] : lines_)
-    if (!std::holds_alternative<std::monostate>(value))
-      fmt::print("{:<{}}  {}\n", line.title, width, words(value));
+    if (!is_nothing(value)) fmt::print("{:<{}}  {}\n", line.title, width, words(value));
 }
 
 void finish_output() {

@@ -23,6 +23,7 @@ cell unless_empty(std::string text);
 cell unless_zero(int64_t number);
 /// The cell as a person reads it: "-" for nothing, "yes" and "no" for truth values.
 std::string words(const cell &value);
+inline bool is_nothing(const cell &value) { return std::holds_alternative<std::monostate>(value); }
 json_value to_json(const cell &value);
 
 json_value new_object();

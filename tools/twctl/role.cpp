@@ -22,10 +22,10 @@ std::vector<std::string> groups_with(cfg *store, const cfg_role *role) {
 
 void add_role(CLI::App &program, const options &opts) {
   static const named_noun<cfg_role> noun(
-      "role", "roles", "role",
+      "role", "roles", "role", "a role",
       {cfg_role_get_by_id, cfg_role_new, cfg_role_get_uuid, cfg_role_get_rolename, cfg_role_set_rolename,
        cfg_role_save, cfg_role_delete, cfg_role_free, groups_with});
-  noun.add_to(program, opts, "Roles: what groups let their members do", "NodeUser");
+  noun.add_to(program, opts, "Roles: what groups let their members do", "NodeUser", "Operator");
 }
 
 }  // namespace twctl

@@ -98,7 +98,7 @@ void add_search(CLI::App &program, const options &opts) {
                            "  twctl search tag:Site=Berlin '!cert' --limit 20\n\n") +
                condition_help);
   verb->add_option("conditions", *terms, "What must hold; see below")->required();
-  verb->add_option("--limit", *limit, "At most this many")->check(CLI::PositiveNumber);
+  add_limit(verb, *limit);
   verb->callback([&opts, terms, limit] {
     condition_tree tree = read_condition(*terms);
     list_found(session(opts, session::access::read), tree, *limit);

@@ -160,7 +160,9 @@ bool start_one(const options &opts, const service &one, daemon_process &process)
   if (one.answers())
     throw failure(exit_code::conflict, fmt::format("another {} is running", one.name),
                   "it is not this store's, and there can be only one on a machine",
-                  "stop it first, for another store with 'twctl --store DIR services stop'");
+                  fmt::format("stop it first: with 'twctl --store DIR services stop' for another store, with "
+                              "'systemctl stop {}' when systemd runs it",
+                              one.name));
   std::vector<std::string> arguments = one.arguments;
   if (one.knows_store) arguments.insert(arguments.end(), {"--store", std::filesystem::absolute(opts.store)});
   process.start(program_of(one), arguments);

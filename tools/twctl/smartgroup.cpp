@@ -123,7 +123,7 @@ void add_smartgroup(CLI::App &program, const options &opts) {
   verb = add_verb(noun, "nodes", "List the nodes that match now, as the search service finds them",
                   "  twctl smartgroup nodes Waiting\n  twctl smartgroup nodes Waiting --limit 20");
   verb->add_option("group", *reference, what_a_group_is)->required();
-  verb->add_option("--limit", *limit, "At most this many")->check(CLI::PositiveNumber);
+  add_limit(verb, *limit);
   verb->callback([&opts, reference, limit] { list_members(opts, *reference, *limit); });
 
   auto arguments = std::make_shared<change_arguments>();

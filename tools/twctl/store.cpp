@@ -40,25 +40,34 @@ int take_export(void *context, const char *data, size_t length) {
   }
 }
 
+void report_export(const session &work, const std::string &path) {
+  const options &opts = work.opts();
+  auto revision = static_cast<int64_t>(cfg_revision(work.store()));
+  if (opts.dry_run)
+    work.note(fmt::format("Dry run: revision {} would be exported to '{}'.", revision, printable(path)));
+  if (opts.json()) {
+    sheet result;
+    result.add("file", "File", path);
+    result.add("revision", "Revision", revision);
+    result.add("dry_run", "Dry run", opts.dry_run);
+    result.print(opts);
+  } else if (!opts.dry_run) {
+    fmt::print("Exported revision {} to '{}'. The file holds every secret of the store: keep it safe.\n",
+               revision, printable(path));
+  }
+}
+
 void export_store(const options &opts, const std::string &path) {
   session work(opts, session::access::read);
   export_target target;
+  if (opts.dry_run) return report_export(work, path);
   if (path != "-") target.file = std::make_unique<private_file>(path);
   int done = cfg_export(work.store(), take_export, &target);
   if (target.problem) std::rethrow_exception(target.problem);
   if (!done) throw store_failure(work.store(), "cannot export the store");
   if (!target.file) return;
   target.file->publish();
-  auto revision = static_cast<int64_t>(cfg_revision(work.store()));
-  if (opts.json()) {
-    sheet result;
-    result.add("file", "File", path);
-    result.add("revision", "Revision", revision);
-    result.print(opts);
-    return;
-  }
-  fmt::print("Exported revision {} to '{}'. The file holds every secret of the store: keep it safe.\n",
-             revision, printable(path));
+  report_export(work, path);
 }
 
 struct import_source {
@@ -234,7 +243,7 @@ void add_store(CLI::App &program, const options &opts) {
   verb = add_verb(noun, "log", "List commits, newest first, or show what one of them changed",
                   "  twctl store log --limit 10\n"
                   "  twctl store log 42");
-  verb->add_option("--limit", *limit, "At most this many commits")->check(CLI::PositiveNumber);
+  add_limit(verb, *limit);
   CLI::Option *one = verb->add_option("revision", *revision, "Show the changes of this commit");
   verb->callback([&opts, limit, revision, one] {
     if (one->count())

@@ -42,6 +42,8 @@ void list(const options &opts) {
 void show(const options &opts, const std::string &reference, const std::string &script_file) {
   session work(opts, session::access::read);
   template_record one = find_template(work.store(), reference);
+  if (opts.dry_run && !script_file.empty() && script_file != "-")
+    return work.note(fmt::format("Dry run: the script would be written to '{}'.", printable(script_file)));
   if (!script_file.empty()) return write_script(one.get(), script_file);
   sheet result;
   result.add("id", "ID", cell_of(cfg_template_get_uuid(one.get())));

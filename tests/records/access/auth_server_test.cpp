@@ -143,6 +143,15 @@ TEST_P(AuthServer, AListThatIsMadeUnderItsPathIsReadByIt) {
   EXPECT_STREQ("new", cfg_auth_get_server_hostname(server(load()).get()));
 }
 
+TEST_P(AuthServer, AListThatIsMadeUnderItsPathIsStillReadWhenTheProtocolGetsItsMap) {
+  const std::string key = std::string(GetParam().map) + "." + GetParam().key;
+  ASSERT_EQ(1, cfg_auth_create_server(load().get(), map_at("auth"), key.c_str(), "new", 0, 1));
+  ASSERT_EQ(1, cfg_auth_update(load().get()));
+  ASSERT_NE(nullptr, cfg_simple_get_mapelem(store, map_at("auth"), GetParam().map));
+  commit_and_reopen();
+  EXPECT_EQ(1, GetParam().count(load().get()));
+}
+
 TEST_P(AuthServer, CannotBeCreatedWithoutItsParts) {
   const auto auth = load();
   const char *key = GetParam().key;

@@ -76,6 +76,31 @@ TEST_F(GroupRoles, OfAGroupThatWasNeverSavedTheRoleIsMadeAndNothingElse) {
   EXPECT_EQ(0, cfg_group_set_smart_group_roles(unsaved.get(), "Operator", "smart_groups-1"));
 }
 
+TEST_F(GroupRoles, OfAPendingGroupAreTheStoredOnesAtOnceAndAfterTheCommit) {
+  record = new_group("h");
+  ASSERT_EQ(1, cfg_group_save(record.get()));
+  ASSERT_EQ(1, cfg_group_set_global_roles(record.get(), "Auditor"));
+  EXPECT_EQ("Auditor", global());
+  ASSERT_EQ(1, cfg_group_set_mode(record.get(), "global"));
+  ASSERT_EQ(1, cfg_group_save(record.get()));
+  commit_and_reopen();
+  record = group("groups-2");
+  EXPECT_EQ("Auditor", global());
+  EXPECT_EQ("{enabled=true global_roles={ref=&roles-2} groupname=\"h\" members=[] mode=\"global\"}",
+            dump(cfg_get_by_id(store, "groups-2")));
+}
+
+TEST_F(GroupRoles, OfTheOtherModeAreGoneWithTheSaveAndNotBefore) {
+  ASSERT_EQ(1, cfg_group_set_global_roles(record.get(), "Operator"));
+  ASSERT_EQ(1, cfg_group_set_smart_group_roles(record.get(), "Operator", "smart_groups-1"));
+  ASSERT_EQ(1, cfg_group_set_mode(record.get(), "global"));
+  EXPECT_EQ("Operator", smart_role());
+  ASSERT_EQ(1, cfg_group_save(record.get()));
+  EXPECT_EQ("Operator", global());
+  EXPECT_EQ("NULL", smart_role());
+  EXPECT_EQ("NULL", smart_group());
+}
+
 TEST_F(GroupRoles, NullNamesLeaveAMessage) {
   EXPECT_EQ(0, cfg_group_set_global_roles(record.get(), nullptr));
   EXPECT_EQ((texts{"src/groups"}), messages());

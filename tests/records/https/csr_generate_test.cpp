@@ -8,6 +8,7 @@
 #include <openssl/x509v3.h>
 
 #include "https_fixture.hpp"
+#include "openssl_fault.hpp"
 
 namespace {
 
@@ -98,6 +99,13 @@ TEST_F(CsrGenerate, WithAKeyUsesItAndLeavesIt) {
   EXPECT_STREQ(rsa_key(2048).c_str(), cfg_csr_get_private_key(csr.get()));
   EXPECT_EQ(1, EVP_PKEY_eq(X509_REQ_get0_pubkey(request.get()), records::key_from(rsa_key(2048)).get()));
   EXPECT_EQ(1024, cfg_csr_get_key_length(csr.get())) << "the key length is that of keys to be generated";
+}
+
+TEST_F(CsrGenerate, ASuppliedKeyIsLeftToTheLetter) {
+  const std::string key = "a note of whoever made it\n" + rsa_key(1024) + "\n";
+  const csr_record csr = filled();
+  generated(csr.get(), key);
+  EXPECT_STREQ(key.c_str(), cfg_csr_get_private_key(csr.get()));
 }
 
 TEST_F(CsrGenerate, WithAKeyNeedsNoKeyLength) {
@@ -325,6 +333,24 @@ TEST_F(CsrGenerate, AKeyThatCannotSignWithTheDigestFails) {
   EXPECT_EQ(1, cfg_csr_set_private_key(csr.get(), key.c_str()));
   EXPECT_EQ(1, cfg_csr_set_csr(csr.get(), "an earlier request"));
   expect_failure(csr.get(), generate_failed);
+}
+
+TEST_F(CsrGenerate, AKeyThatNoRequestTakesIsABadKey) {
+  const csr_record supplied = filled(), generated = filled();
+  EXPECT_EQ(1, cfg_csr_set_private_key(supplied.get(), rsa_key(1024).c_str()));
+  const records::OpensslFault fault("X509_REQ_set_pubkey");
+  expect_failure(supplied.get(), bad_key);
+  expect_failure(generated.get(), bad_key);
+}
+
+TEST_F(CsrGenerate, WhenOnlyTheNewKeyCannotBeWrittenTheRecordHasTheRequestAlready) {
+  const csr_record csr = filled();
+  EXPECT_EQ(1, cfg_csr_set_csr(csr.get(), "an earlier request"));
+  const records::OpensslFault fault("PEM_write_bio_PrivateKey");
+  EXPECT_EQ(0, cfg_csr_generate(csr.get()));
+  EXPECT_EQ(generate_failed, messages());
+  EXPECT_NE(nullptr, records::request_from(cfg_csr_get_csr(csr.get())));
+  EXPECT_EQ(nullptr, cfg_csr_get_private_key(csr.get()));
 }
 
 TEST_F(CsrGenerate, AFailureAddsItsMessageToThoseThatAreThere) {

@@ -35,11 +35,11 @@ TEST_F(ConnRuntime, TheFirstWordThatTheValueContainsDecides) {
   const struct {
     const char *value;
     int32_t status;
-  } cases[] = {{"starting", 2}, {"test", 2},         {"testing", 2},   {"down", 1},
-               {"start", 1},    {"started", 1},      {"stop", 3},      {"stopping", 3},
-               {"up", 4},       {"backup", 4},       {"", 0},          {"else", 0},
-               {"UP", 0},       {"down up", 1},      {"stop down", 1}, {"start stopped", 1},
-               {"up stop", 3},  {"starting down", 2}};
+  } cases[] = {{"starting", 2}, {"test", 2},          {"testing", 2},   {"down", 1},
+               {"start", 1},    {"started", 1},       {"stop", 3},      {"stopping", 3},
+               {"up", 4},       {"backup", 4},        {"", 0},          {"else", 0},
+               {"UP", 0},       {"down up", 1},       {"stop down", 1}, {"start stopped", 1},
+               {"up stop", 3},  {"starting down", 2}, {"startin", 1},   {"down test", 2}};
   for (const auto &one : cases) {
     publish_status(one.value);
     EXPECT_EQ(one.status, status()) << one.value;
@@ -54,6 +54,13 @@ TEST_F(ConnRuntime, TheStatusComesWithTheSecondOfItsChange) {
   std::free(text);
   EXPECT_EQ(time_ms / 1000, cfg_net_conn_runtime_get_last_status_change(conn(elem).get()));
   EXPECT_GT(time_ms, 1600000000000);
+}
+
+TEST_F(ConnRuntime, AnUnknownWordHasItsTimeToo) {
+  publish_status("else");
+  const conn_record record = conn(elem);
+  EXPECT_GT(cfg_net_conn_runtime_get_last_status_change(record.get()), 1600000000);
+  EXPECT_EQ(CFG_NET_CONN_UNKNOWN, cfg_net_conn_runtime_get_status(record.get()));
 }
 
 TEST_F(ConnRuntime, WhileTheNetworkIsReloadedEveryConnectionIsReloadingAndHasItsLease) {
@@ -126,6 +133,16 @@ TEST_F(ConnRuntime, TheRecordKeepsWhatItHasRead) {
   publish_status("down");
   EXPECT_EQ(CFG_NET_CONN_RUNNING, cfg_net_conn_runtime_get_status(record.get()));
   EXPECT_EQ(CFG_NET_CONN_DOWN, status());
+}
+
+TEST_F(ConnRuntime, TheInterfaceAndTheNameAreThoseOfTheRecordAndNotOfItsElement) {
+  publish("conman.network-local-conn-other.status", "down");
+  publish("udhcpc.eth1.ip", "10.1.1.1");
+  const conn_record record = conn(elem);
+  cfg_net_conn_set_name(record.get(), "other");
+  cfg_net_conn_set_physif_id(record.get(), id_of(add_physif("eth1")).c_str());
+  EXPECT_EQ(CFG_NET_CONN_DOWN, cfg_net_conn_runtime_get_status(record.get()));
+  EXPECT_STREQ("10.1.1.1", cfg_net_conn_runtime_get_dhcp_address(record.get()));
 }
 
 TEST_F(ConnRuntime, AFailedReadIsNotTriedAgain) {

@@ -219,17 +219,47 @@ TEST_F(Conn, AMapThatIsNotNeededStaysWhileSomethingElseIsInIt) {
   EXPECT_EQ("{lease_file=\"of another program\"}", sub_map(elem, "dhcp"));
 }
 
-TEST_F(Conn, OneFieldIsEnoughToNeedAMap) {
-  cfg_elem *elem = add("dhcp");
-  const conn_record record = conn(elem);
-  cfg_net_conn_set_static_dns2(record.get(), "9.9.9.9");
-  EXPECT_EQ(1, cfg_net_conn_store(record.get()));
-  EXPECT_EQ("{dns2=\"9.9.9.9\"}", sub_map(elem, "static"));
-  cfg_elem *fixed = add("static");
-  const conn_record other = conn(fixed);
-  cfg_net_conn_set_dhcp_udhcpc_script(other.get(), "run");
-  EXPECT_EQ(1, cfg_net_conn_store(other.get()));
-  EXPECT_EQ("{udhcpc_script=\"run\"}", sub_map(fixed, "dhcp"));
+TEST_F(Conn, EachFieldIsEnoughToNeedItsMap) {
+  using setter = int (*)(cfg_net_conn *, const char *) noexcept;
+  const struct {
+    const char *mode, *map, *key;
+    setter set;
+  } cases[] = {
+      {"dhcp", "static", "address", cfg_net_conn_set_static_address},
+      {"dhcp", "static", "netmask", cfg_net_conn_set_static_netmask},
+      {"dhcp", "static", "broadcast", cfg_net_conn_set_static_broadcast},
+      {"dhcp", "static", "gateway", cfg_net_conn_set_static_gateway},
+      {"dhcp", "static", "dns1", cfg_net_conn_set_static_dns1},
+      {"dhcp", "static", "dns2", cfg_net_conn_set_static_dns2},
+      {"static", "dhcp", "vendor_class", cfg_net_conn_set_dhcp_vendor_class},
+      {"static", "dhcp", "udhcpc_script", cfg_net_conn_set_dhcp_udhcpc_script},
+  };
+  for (const auto &one : cases) {
+    SCOPED_TRACE(one.key);
+    cfg_elem *elem = add(one.mode);
+    const conn_record record = conn(elem);
+    EXPECT_EQ(1, one.set(record.get(), "a text"));
+    EXPECT_EQ(1, cfg_net_conn_store(record.get()));
+    EXPECT_EQ(std::string("{") + one.key + "=\"a text\"}", sub_map(elem, one.map));
+    EXPECT_EQ(1, one.set(record.get(), ""));
+    EXPECT_EQ(1, cfg_net_conn_store(record.get()));
+    EXPECT_EQ("none", sub_map(elem, one.map));
+  }
+}
+
+TEST_F(Conn, TheDhcpMapIsWrittenBeforeTheStaticOne) {
+  for (const char *occupied : {"dhcp", "static"}) {
+    SCOPED_TRACE(occupied);
+    cfg_elem *elem = add("static");
+    set(elem, occupied, "no map");
+    const conn_record record = conn(elem);
+    cfg_net_conn_set_static_address(record.get(), "1");
+    cfg_net_conn_set_dhcp_vendor_class(record.get(), "2");
+    EXPECT_EQ(0, cfg_net_conn_store(record.get()));
+    const bool dhcp_failed = occupied == std::string("dhcp");
+    EXPECT_EQ(dhcp_failed ? "\"no map\"" : "{vendor_class=\"2\"}", sub_map(elem, "dhcp"));
+    EXPECT_EQ(dhcp_failed ? "none" : "\"no map\"", sub_map(elem, "static"));
+  }
 }
 
 TEST_F(Conn, SomethingElseInTheMapsPlaceFailsOnlyWhenTheMapIsNeeded) {

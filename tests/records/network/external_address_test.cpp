@@ -148,6 +148,8 @@ TEST_F(ExternalAddress, AConfiguredEndpointIsTakenAsItIs) {
   set(entry_of("system.net.external_endpoints"), "address", "second.example");
   commit_and_reopen();
   EXPECT_EQ("gate.example", from_cfg_or_os());
+  set(cfg_get_by_id(store, "system_net_external_endpoints-1"), "address", "");
+  EXPECT_EQ("", from_cfg_or_os());
   EXPECT_EQ("", calls());
 }
 

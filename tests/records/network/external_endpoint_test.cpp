@@ -177,8 +177,24 @@ TEST_F(ExternalEndpoint, AnUpdateLooksAtItsOwnFlagsOnly) {
 TEST_F(ExternalEndpoint, AnUpdateSucceedsWithOneWriteAndDeletionsAreNone) {
   const endpoint_record record = load(id_of(entry_of(endpoints)));
   EXPECT_EQ(1, cfg_net_update_external_endpoint(record.get(), 0, 1));
+  EXPECT_EQ("{api_port=0}", entry(0));
+  EXPECT_EQ(1, cfg_net_update_external_endpoint(record.get(), 1, 0));
+  EXPECT_EQ("{vpn_port=0}", entry(0));
   EXPECT_EQ(0, cfg_net_update_external_endpoint(record.get(), 1, 1));
   EXPECT_EQ("{}", entry(0));
+}
+
+TEST_F(ExternalEndpoint, AnUpdateSucceedsWhenOneOfItsWritesDoes) {
+  const endpoint_record record = load(add("a", 1, 2));
+  cfg_net_external_endpoint_set_address(record.get(), records::unwritable().c_str());
+  cfg_net_external_endpoint_set_api_port(record.get(), 3);
+  EXPECT_EQ(1, cfg_net_update_external_endpoint(record.get(), 0, 1));
+  EXPECT_EQ("{address=\"a\" api_port=3}", entry(0));
+  EXPECT_EQ(0, cfg_net_update_external_endpoint(record.get(), 1, 1));
+  EXPECT_EQ("{address=\"a\"}", entry(0));
+  cfg_net_external_endpoint_set_address(record.get(), "");
+  EXPECT_EQ(1, cfg_net_update_external_endpoint(record.get(), 1, 1));
+  EXPECT_EQ("{address=\"\"}", entry(0));
 }
 
 TEST_F(ExternalEndpoint, AnEndpointWithoutElementCannotBeUpdatedOrDeleted) {

@@ -280,6 +280,27 @@ TEST_F(Physif, SomethingElseInTheMapsPlaceFailsOnlyForItsOwnMedium) {
   EXPECT_EQ(0, cfg_net_physif_store(record.get()));
 }
 
+TEST_F(Physif, TheEthernetMapIsWrittenBeforeTheWirelessOne) {
+  cfg_elem *elem = add_wireless();
+  set(elem, "ethernet", "no map");
+  const physif_record record = physif(elem);
+  cfg_net_physif_set_wireless_ssid(record.get(), "new");
+  cfg_net_physif_set_media_type(record.get(), CFG_NET_PHYSIF_ETHERNET);
+  EXPECT_EQ(0, cfg_net_physif_store(record.get()));
+  EXPECT_EQ("\"the ssid\"", dump(cfg_get_child_by_path(store, elem, "wireless.ssid")));
+}
+
+TEST_F(Physif, TheWirelessKeysAreWrittenInTheirOrderUpToTheOneThatFails) {
+  cfg_elem *elem = add_wireless();
+  const physif_record record = physif(elem);
+  cfg_net_physif_set_wireless_auth(record.get(), "new");
+  cfg_net_physif_set_wireless_encryption(record.get(), records::unwritable().c_str());
+  cfg_net_physif_set_wireless_regdomain(record.get(), "new");
+  EXPECT_EQ(0, cfg_net_physif_store(record.get()));
+  EXPECT_EQ("\"new\"", dump(cfg_get_child_by_path(store, elem, "wireless.auth")));
+  EXPECT_EQ("\"the regdomain\"", dump(cfg_get_child_by_path(store, elem, "wireless.regdomain")));
+}
+
 TEST_F(Physif, StoringStopsAtTheFirstWriteThatFails) {
   cfg_elem *elem = add_physif("eth0");
   const physif_record record = physif(elem);

@@ -137,6 +137,17 @@ TEST_F(PushNode, WithoutNodeOrElementASaveFails) {
   EXPECT_EQ(0, cfg_push_node_ctxt_save(context.get()));
 }
 
+TEST_F(PushNode, ASaveThatFailsAtTheNodeHasWrittenTheStatusBefore) {
+  const node_ctxt context(cfg_push_node_ctxt_new(store));
+  cfg_push_node_ctxt_set_parent_uuid(context.get(), id_of(push).c_str());
+  cfg_push_node_ctxt_set_status(context.get(), CFG_PUSH_NODE_EXECUTE_COMPLETE);
+  EXPECT_EQ(0, cfg_push_node_ctxt_save(context.get()));
+  cfg_elem *elem = cfg_get_by_id(store, cfg_push_node_ctxt_get_uuid(context.get()));
+  ASSERT_NE(nullptr, elem) << "it has joined the list";
+  EXPECT_NE(std::string::npos, dump(elem).find("status=\"execute_complete\"")) << dump(elem);
+  EXPECT_FALSE(cfg_map_has(elem, "apply_execution"));
+}
+
 TEST_F(PushNode, EverythingTakesNull) {
   EXPECT_EQ(nullptr, cfg_push_node_ctxt_get_uuid(nullptr));
   EXPECT_EQ(nullptr, cfg_push_node_ctxt_get_parent_uuid(nullptr));

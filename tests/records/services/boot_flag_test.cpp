@@ -61,6 +61,18 @@ TEST_F(BootFlag, ASaveNeedsListElementNameAndType) {
   EXPECT_EQ(0, cfg_boot_flag_save(nullptr));
 }
 
+TEST_F(BootFlag, ASaveWritesNameTypeAndSwitchAndStopsAtTheFirstThatFails) {
+  list_at("boot_flags");
+  const flag_record flag = make("wipe");
+  cfg_boot_flag_set_flag_type(flag.get(), records::unwritable().c_str());
+  EXPECT_EQ(0, cfg_boot_flag_save(flag.get()));
+  EXPECT_EQ("[{name=\"wipe\"}]", dump("boot_flags"));
+  cfg_boot_flag_set_name(flag.get(), records::unwritable().c_str());
+  cfg_boot_flag_set_flag_type(flag.get(), "always");
+  EXPECT_EQ(0, cfg_boot_flag_save(flag.get()));
+  EXPECT_EQ("[{name=\"wipe\"}]", dump("boot_flags"));
+}
+
 TEST_F(BootFlag, MissingAndForeignKeysReadAsNothing) {
   cfg_elem *elem = entry_of("boot_flags");
   const flag_record bare(cfg_boot_flag_get_by_id(store, id_of(elem).c_str()));

@@ -96,6 +96,16 @@ TEST_F(Ntp, TheFirstSaveMakesTheMapWithoutServersAndTheRecordStaysWithoutId) {
   EXPECT_EQ(nullptr, cfg_get_ntp_id(ntp.get()));
 }
 
+TEST_F(Ntp, ARecordWithoutIdMakesTheMapAnewWithEachSave) {
+  map_at("services");
+  const ntp_record ntp = load();
+  EXPECT_EQ(1, cfg_ntp_save(ntp.get()));
+  list_at("services.ntp.servers");
+  cfg_set_ntp_enabled(ntp.get(), 1);
+  EXPECT_EQ(1, cfg_ntp_save(ntp.get()));
+  EXPECT_EQ("{ntp={enabled=true}}", dump("services"));
+}
+
 TEST_F(Ntp, WithoutServicesASaveFails) {
   const ntp_record ntp = load();
   EXPECT_EQ(0, cfg_ntp_save(ntp.get()));

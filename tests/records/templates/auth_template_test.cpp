@@ -237,6 +237,23 @@ TEST_F(AuthTemplate, ServersAreAddedBelowItsMapAndReadAfterTheCommit) {
   EXPECT_EQ(1, cfg_auth_get_radiusAccountingServerCount(cfg_template_get_auth(load("templates-1").get())));
 }
 
+TEST_F(AuthTemplate, AListThatIsMadeUnderItsPathIsReadBesideTheProtocolsMap) {
+  const template_record record = full();
+  ASSERT_EQ(1, cfg_template_save(record.get()));
+  commit();
+  cfg_elem *elem = elem_of(record);
+  ASSERT_EQ("{password=\"radius's password\"}", dump(cfg_get_child_by_path(store, elem, "radius")));
+  EXPECT_EQ(1, cfg_auth_create_server(cfg_template_get_auth(record.get()), elem, "radius.accountingServers",
+                                      "a.example", 1813, 0));
+  commit_and_reopen();
+  const template_record again = load("templates-1");
+  const cfg_auth *read = cfg_template_get_auth(again.get());
+  ASSERT_EQ(1, cfg_auth_get_radiusAccountingServerCount(read));
+  const server_record server(cfg_auth_get_radiusAccountingServer(read, 0));
+  EXPECT_STREQ("a.example", cfg_auth_get_server_hostname(server.get()));
+  EXPECT_STREQ("radius's password", cfg_auth_get_radiusPassword(read));
+}
+
 TEST_F(AuthTemplate, TheAppliancesOwnSettingsAreAnotherThing) {
   const template_record record = full();
   ASSERT_EQ(1, cfg_template_save(record.get()));

@@ -265,6 +265,15 @@ TEST_F(ScriptTemplate, CanBeWrittenToAnyMapAndReadFromIt) {
   EXPECT_EQ("abc", script_of(other));
 }
 
+TEST_F(ScriptTemplate, ReadFromAMapWithoutAChecksumHasNone) {
+  const template_record record = fresh_script("abc");
+  cfg_elem *map = map_at("elsewhere");
+  set_blob(map, "script", "xyz");
+  EXPECT_EQ(1, cfg_script_template_load_from_config(record.get(), map));
+  EXPECT_EQ("xyz", script_of(record));
+  EXPECT_EQ(nullptr, cfg_script_template_get_checksum(record.get())) << "that of another script";
+}
+
 TEST_F(ScriptTemplate, FreeingTheTemplateLeavesScriptAndChecksum) {
   cfg_template *record = cfg_template_new(store, "run", CFG_TEMPLATE_SCRIPT);
   ASSERT_EQ(1, cfg_script_template_set_script(record, "abc", 3));
