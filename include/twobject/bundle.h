@@ -35,8 +35,8 @@ TW_API cfg_bundle *cfg_bundle_get_by_name(cfg *store, const char *name) TW_NOEXC
  * @return 1, or 0 when the list or the element is missing, when a write fails or when a template's ID is NULL
  */
 TW_API int cfg_bundle_save(cfg_bundle *bundle) TW_NOEXCEPT;
-/** Deletes the element, when there is one. The record stays. */
-TW_API void cfg_bundle_delete(cfg_bundle *bundle) TW_NOEXCEPT;
+/** Deletes the element; 0 when there is none. The record stays. */
+TW_API int cfg_bundle_delete(cfg_bundle *bundle) TW_NOEXCEPT;
 /** Frees the bundle. NULL is allowed. */
 TW_API void cfg_bundle_free(cfg_bundle *bundle) TW_NOEXCEPT;
 
@@ -52,8 +52,7 @@ TW_API int cfg_bundle_set_name(cfg_bundle *bundle, const char *name) TW_NOEXCEPT
 TW_API const char *cfg_bundle_get_token(const cfg_bundle *bundle) TW_NOEXCEPT;
 TW_API int cfg_bundle_set_token(cfg_bundle *bundle, const char *token) TW_NOEXCEPT;
 
-/** Whether nodes are approved at once: "auto_approve". Kept as it is set; any value but 0 is saved as true.
- */
+/** Whether nodes are approved at once, 0 or 1: "auto_approve". Any value but 0 is kept as 1. */
 TW_API int32_t cfg_bundle_get_auto_approve(const cfg_bundle *bundle) TW_NOEXCEPT;
 TW_API int cfg_bundle_set_auto_approve(cfg_bundle *bundle, int32_t auto_approve) TW_NOEXCEPT;
 

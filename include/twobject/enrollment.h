@@ -80,8 +80,8 @@ TW_API char *cfg_enrollment_get_status(const cfg_enrollment *enrollment) TW_NOEX
 TW_API int cfg_enrollment_set_status(cfg_enrollment *enrollment, const char *status) TW_NOEXCEPT;
 
 /**
- * Whether the node is approved. Read from "auto_approve" but written to "approved", the flag that the node
- * record reads. Kept as it is set; any value but 0 is saved as true.
+ * Whether the node is approved, 0 or 1. Read from "auto_approve" but written to "approved", the flag that the
+ * node record reads. Any value but 0 is kept as 1.
  */
 TW_API int32_t cfg_enrollment_get_auto_approve(const cfg_enrollment *enrollment) TW_NOEXCEPT;
 TW_API int cfg_enrollment_set_auto_approve(cfg_enrollment *enrollment, int32_t auto_approve) TW_NOEXCEPT;

@@ -159,7 +159,10 @@ TW_API const char *cfg_node_get_key(const cfg_node *node) TW_NOEXCEPT;
 
 /* ---- Reaching a credential-based node ---- */
 
-/* These are read for the products that are reached by credentials. cfg_node_save() does not write them. */
+/*
+ * These are read for the products that are reached by credentials. cfg_node_save() does not write them.
+ * Unlike other string setters, those of this section keep "" as it is; only NULL clears.
+ */
 
 /** Network address: "address". */
 TW_API const char *cfg_node_get_address(const cfg_node *node) TW_NOEXCEPT;
@@ -168,7 +171,7 @@ TW_API const char *cfg_node_get_address(const cfg_node *node) TW_NOEXCEPT;
 TW_API const char *cfg_node_get_connection_method(const cfg_node *node) TW_NOEXCEPT;
 TW_API int cfg_node_set_connection_method(cfg_node *node, const char *method) TW_NOEXCEPT;
 
-/** Credentials: "username" and "password". The setter replaces both; NULL clears. */
+/** Credentials: "username" and "password". The setter replaces both. */
 TW_API const char *cfg_node_get_username(const cfg_node *node) TW_NOEXCEPT;
 TW_API const char *cfg_node_get_password(const cfg_node *node) TW_NOEXCEPT;
 TW_API int cfg_node_set_credentials(cfg_node *node, const char *username, const char *password) TW_NOEXCEPT;
@@ -206,7 +209,7 @@ TW_API int32_t cfg_node_get_etag_count(cfg_node *node) TW_NOEXCEPT;
  * The etag at a 0-based index; NULL outside the list and for an entry that could not be read. It belongs to
  * the node and ends with it.
  */
-TW_API const cfg_etag *cfg_node_get_etag(cfg_node *node, int32_t index) TW_NOEXCEPT;
+TW_API cfg_etag *cfg_node_get_etag(cfg_node *node, int32_t index) TW_NOEXCEPT;
 /** Version and status of the node's first etag of this name; 0 and NULL without one. */
 TW_API int32_t cfg_node_get_etag_version(cfg_node *node, const char *name) TW_NOEXCEPT;
 TW_API const char *cfg_node_get_etag_status(cfg_node *node, const char *name) TW_NOEXCEPT;

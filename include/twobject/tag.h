@@ -106,8 +106,9 @@ TW_API cfg_tag_value *cfg_tag_value_new(cfg *store, const char *text) TW_NOEXCEP
 /** Loads a value; NULL when the element is missing or has no "value". */
 TW_API cfg_tag_value *cfg_get_tag_value_by_id(cfg *store, const char *id) TW_NOEXCEPT;
 /**
- * Loads the first of the tag's values that has this text, compared exactly. NULL when there is none; a value
- * that cannot be loaded ends the search.
+ * Loads the first of the tag's committed values that has this text, compared exactly. The store is asked, so
+ * that values count which were committed since the tag was loaded. NULL when there is none; a value that
+ * cannot be loaded ends the search.
  */
 TW_API cfg_tag_value *cfg_get_tag_value_by_name(cfg *store, const cfg_tag *tag, const char *text) TW_NOEXCEPT;
 /** Loads the tag that a saved value belongs to; NULL when the value has no element below a tag. */

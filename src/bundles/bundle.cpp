@@ -39,7 +39,7 @@ cfg_bundle *cfg_bundle_new(cfg *store, const char *name, const char *token, int3
   if (!name || !token) return nullptr;
   auto bundle = tw::new_view<cfg_bundle>(store);
   if (!bundle || !bundle->name.set(name) || !bundle->token.set(token)) return nullptr;
-  bundle->auto_approve = auto_approve;
+  bundle->auto_approve = auto_approve != 0;
   return bundle.release();
 }
 
@@ -62,8 +62,8 @@ int cfg_bundle_save(cfg_bundle *bundle) noexcept {
   return elem && tw::store(save_keys, *bundle, bundle->cfg, elem) && tw::store_templates(*bundle, elem);
 }
 
-void cfg_bundle_delete(cfg_bundle *bundle) noexcept {
-  if (bundle) cfg_delete_element(bundle->cfg, tw::element_of(*bundle));
+int cfg_bundle_delete(cfg_bundle *bundle) noexcept {
+  return bundle && cfg_delete_element(bundle->cfg, tw::element_of(*bundle));
 }
 
 void cfg_bundle_free(cfg_bundle *bundle) noexcept { delete bundle; }
@@ -90,5 +90,5 @@ int32_t cfg_bundle_get_auto_approve(const cfg_bundle *bundle) noexcept {
   return tw::get<&cfg_bundle::auto_approve>(bundle);
 }
 int cfg_bundle_set_auto_approve(cfg_bundle *bundle, int32_t auto_approve) noexcept {
-  return tw::set<&cfg_bundle::auto_approve>(bundle, auto_approve);
+  return tw::set<&cfg_bundle::auto_approve>(bundle, auto_approve != 0);
 }

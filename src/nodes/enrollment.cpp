@@ -38,7 +38,7 @@ int32_t cfg_enrollment_get_auto_approve(const cfg_enrollment *enrollment) noexce
   return tw::get<&cfg_enrollment::auto_approve>(enrollment);
 }
 int cfg_enrollment_set_auto_approve(cfg_enrollment *enrollment, int32_t auto_approve) noexcept {
-  return tw::set<&cfg_enrollment::auto_approve>(enrollment, auto_approve);
+  return tw::set<&cfg_enrollment::auto_approve>(enrollment, auto_approve != 0);
 }
 
 const char *cfg_enrollment_get_name(const cfg_enrollment *enrollment) noexcept {

@@ -1,11 +1,11 @@
 // Applying an enrollment bundle to the node of an enrolment.
 #include <twobject/bundle.h>
+#include <twobject/node_tag.h>
 
 #include "nodes/enrollment.hpp"
 #include "nodes/node.hpp"
 #include "record/memory_watch.hpp"
 #include "record/owned_tag.hpp"
-#include "record/tag_refs.hpp"
 
 namespace {
 
@@ -39,11 +39,10 @@ int cfg_enrollment_set_bundle(cfg_enrollment *enrollment, cfg_bundle *bundle) no
   cfg_node_set_bundle_id(node.get(), cfg_bundle_get_uuid(bundle));
   // A node that was just enrolled has no list of tags yet.
   tw::need_list(store, elem, "tags");
-  const tw::tag_refs tags("tags");
   for (int32_t i = 0; i < cfg_bundle_get_automatic_tag_count(bundle); ++i) {
     const tw::owned_tag_value value(cfg_bundle_get_automatic_tag(bundle, i));
-    tags.append(*node, value.get());
+    cfg_node_save_tag(node.get(), value.get());
   }
-  tags.append(*node, value_of(store, bundle).get());
+  cfg_node_save_tag(node.get(), value_of(store, bundle).get());
   return cfg_node_save(node.get()) && !memory.ran_short();
 }

@@ -17,7 +17,7 @@ constexpr tw::named_list lists[] = {{"etag load", etag_keys}};
 
 // The node's etags. "None" is not remembered: a node without etags is asked again at each query, so that a
 // record which is kept for long sees the etags that the node's first report brings.
-const std::vector<cfg_etag> &etags_of(cfg_node &node) noexcept {
+std::vector<cfg_etag> &etags_of(cfg_node &node) noexcept {
   if (node.etags.empty()) tw::load_etags(node, tw::element_of(node));
   return node.etags;
 }
@@ -51,8 +51,8 @@ int32_t cfg_node_get_etag_count(cfg_node *node) noexcept {
   return node ? static_cast<int32_t>(etags_of(*node).size()) : 0;
 }
 
-const cfg_etag *cfg_node_get_etag(cfg_node *node, int32_t index) noexcept {
-  const cfg_etag *etag = node ? tw::slot_at(etags_of(*node), index) : nullptr;
+cfg_etag *cfg_node_get_etag(cfg_node *node, int32_t index) noexcept {
+  cfg_etag *etag = node ? tw::slot_at(etags_of(*node), index) : nullptr;
   return etag && etag->uuid ? etag : nullptr;
 }
 

@@ -6,6 +6,19 @@
 
 using tw::set_text;
 
+namespace {
+
+// What a node is reached with is kept as it is given: "" stays "", for a login without password. Only NULL
+// clears.
+template <bool Wiped>
+bool copy(tw::basic_text<Wiped> &field, const char *text) noexcept {
+  if (text) return field.assign(text, std::strlen(text));
+  field.clear();
+  return true;
+}
+
+}  // namespace
+
 cfg_node *cfg_new_node(cfg *store) noexcept { return tw::new_view<cfg_node>(store).release(); }
 
 void cfg_node_free(cfg_node *node) noexcept { delete node; }
@@ -104,7 +117,7 @@ const char *cfg_node_get_connection_method(const cfg_node *node) noexcept {
   return tw::get<&cfg_node::connection_method>(node);
 }
 int cfg_node_set_connection_method(cfg_node *node, const char *method) noexcept {
-  return tw::replace<&cfg_node::connection_method>(node, method);
+  return node && copy(node->connection_method, method);
 }
 
 const char *cfg_node_get_username(const cfg_node *node) noexcept {
@@ -114,7 +127,13 @@ const char *cfg_node_get_password(const cfg_node *node) noexcept {
   return tw::get<&cfg_node::password>(node);
 }
 int cfg_node_set_credentials(cfg_node *node, const char *username, const char *password) noexcept {
-  return tw::replace_both<&cfg_node::username, &cfg_node::password>(node, username, password);
+  // Both are copied before either is let go of: they may be given in exchange for one another.
+  tw::text new_username;
+  tw::secret new_password;
+  if (!node || !copy(new_username, username) || !copy(new_password, password)) return 0;
+  node->username = std::move(new_username);
+  node->password = std::move(new_password);
+  return 1;
 }
 
 uint32_t cfg_node_get_base_port(const cfg_node *node) noexcept { return tw::get<&cfg_node::base_port>(node); }

@@ -12,8 +12,7 @@ constexpr tw::store_list save_keys({value_row});
 
 constexpr tw::named_list lists[] = {{"tag value load", load_keys}, {"tag value save", save_keys}};
 
-std::unique_ptr<cfg_tag_value> load_value(cfg *store, const char *id) noexcept {
-  cfg_elem *elem = cfg_get_by_id(store, id);
+std::unique_ptr<cfg_tag_value> load_value(cfg *store, cfg_elem *elem) noexcept {
   auto value = tw::new_view<cfg_tag_value>(store, elem);
   return value && tw::load(load_keys, *value, elem) ? std::move(value) : nullptr;
 }
@@ -29,13 +28,15 @@ cfg_tag_value *cfg_tag_value_new(cfg *store, const char *text) noexcept {
 }
 
 cfg_tag_value *cfg_get_tag_value_by_id(cfg *store, const char *id) noexcept {
-  return load_value(store, id).release();
+  return load_value(store, cfg_get_by_id(store, id)).release();
 }
 
+// The store's list is asked, not the record's IDs: who made the tag finds the values that it was given since.
 cfg_tag_value *cfg_get_tag_value_by_name(cfg *store, const cfg_tag *tag, const char *text) noexcept {
   if (!tag) return nullptr;
+  cfg_elem *values = cfg_simple_get_mapelem(store, cfg_get_by_id(store, tag->uuid.c_str()), "values");
   for (int32_t i = 0;; ++i) {
-    auto value = load_value(store, tag->values.at(i));
+    auto value = load_value(store, cfg_simple_get_listelem(store, values, i));
     if (!value || tw::same(value->value.c_str(), text)) return value.release();
   }
 }

@@ -245,7 +245,7 @@ const Case rows[] = {
      }},
     {"cfg_bundle_save_automatic_tag", append_tag},
     {"cfg_bundle_set_auto_approve",
-     [] { number_setter(cfg_bundle_set_auto_approve, cfg_bundle_get_auto_approve, kRecord); }},
+     [] { sweep([](World &w) { return cfg_bundle_set_auto_approve(w.*kRecord, 0); }, gives(1)); }},
     {"cfg_bundle_set_global_request_token",
      [] { change_token([](World &w) { return cfg_bundle_set_global_request_token(w.store, kNew); }, kNew); }},
     {"cfg_bundle_set_name", [] { text_setter(cfg_bundle_set_name, cfg_bundle_get_name, kRecord); }},

@@ -247,7 +247,7 @@ const Case rows[] = {
     {"cfg_enrollment_set_address",
      [] { text_setter(cfg_enrollment_set_address, cfg_enrollment_get_address, kPlain); }},
     {"cfg_enrollment_set_auto_approve",
-     [] { number_setter(cfg_enrollment_set_auto_approve, cfg_enrollment_get_auto_approve, kRecord); }},
+     [] { sweep([](World &w) { return cfg_enrollment_set_auto_approve(w.*kRecord, 0); }, gives(1)); }},
     {"cfg_enrollment_set_base_port",
      [] { number_setter(cfg_enrollment_set_base_port, cfg_enrollment_get_base_port, kPlain); }},
     {"cfg_enrollment_set_bundle",

@@ -185,9 +185,12 @@ TEST_F(EnrollmentFields, NumbersAreKeptAsTheyAreSet) {
     EXPECT_EQ(1, cfg_enrollment_set_base_port(record.get(), port));
     EXPECT_EQ(port, cfg_enrollment_get_base_port(record.get()));
   }
-  for (const int32_t approve : {1, 0, 2, -1}) {
+}
+
+TEST_F(EnrollmentFields, ApprovalIsKeptAsZeroOrOne) {
+  for (const int32_t approve : {1, 0, 2, -1, INT32_MIN}) {
     EXPECT_EQ(1, cfg_enrollment_set_auto_approve(record.get(), approve));
-    EXPECT_EQ(approve, cfg_enrollment_get_auto_approve(record.get()));
+    EXPECT_EQ(approve != 0 ? 1 : 0, cfg_enrollment_get_auto_approve(record.get()));
   }
 }
 

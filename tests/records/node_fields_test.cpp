@@ -170,6 +170,17 @@ TEST_F(NodeFields, TheConnectionMethodIsCopiedAndClearedByNull) {
   EXPECT_EQ(nullptr, cfg_node_get_connection_method(node.get()));
 }
 
+TEST_F(NodeFields, WhatANodeIsReachedWithIsKeptAsItIsGivenTheEmptyTextToo) {
+  EXPECT_EQ(1, cfg_node_set_connection_method(node.get(), ""));
+  EXPECT_STREQ("", cfg_node_get_connection_method(node.get()));
+  EXPECT_EQ(1, cfg_node_set_credentials(node.get(), "u", ""));
+  EXPECT_STREQ("u", cfg_node_get_username(node.get()));
+  EXPECT_STREQ("", cfg_node_get_password(node.get()));
+  EXPECT_EQ(1, cfg_node_set_credentials(node.get(), "", "p"));
+  EXPECT_STREQ("", cfg_node_get_username(node.get()));
+  EXPECT_STREQ("p", cfg_node_get_password(node.get()));
+}
+
 TEST_F(NodeFields, CredentialsAreReplacedTogether) {
   EXPECT_EQ(1, cfg_node_set_credentials(node.get(), "u", "p"));
   EXPECT_EQ(1, cfg_node_set_credentials(node.get(), "v", nullptr));

@@ -172,14 +172,25 @@ TEST_F(Bundle, TextsAreReplacedAndNullIsRefused) {
   }
 }
 
+TEST_F(Bundle, AutomaticApprovalIsKeptAsZeroOrOne) {
+  for (const int32_t approve : {1, 0, 2, -1, INT32_MIN}) {
+    const int32_t kept = approve != 0 ? 1 : 0;
+    const bundle_record bundle(cfg_bundle_new(store, "north", "let me in", approve));
+    EXPECT_EQ(kept, cfg_bundle_get_auto_approve(bundle.get()));
+    EXPECT_EQ(1, cfg_bundle_set_auto_approve(bundle.get(), !kept));
+    EXPECT_EQ(1, cfg_bundle_set_auto_approve(bundle.get(), approve));
+    EXPECT_EQ(kept, cfg_bundle_get_auto_approve(bundle.get()));
+  }
+}
+
 TEST_F(Bundle, IsDeleted) {
   const bundle_record bundle = load_bundle(add_bundle("north"));
-  cfg_bundle_delete(bundle.get());
+  EXPECT_EQ(1, cfg_bundle_delete(bundle.get()));
   EXPECT_EQ("[]", dump("enrollment.bundles"));
   EXPECT_STREQ("north", cfg_bundle_get_name(bundle.get()));
-  cfg_bundle_delete(bundle.get());
-  cfg_bundle_delete(fresh().get());
-  cfg_bundle_delete(nullptr);
+  EXPECT_EQ(0, cfg_bundle_delete(bundle.get()));
+  EXPECT_EQ(0, cfg_bundle_delete(fresh().get()));
+  EXPECT_EQ(0, cfg_bundle_delete(nullptr));
 }
 
 TEST_F(Bundle, NullGivesNothing) {

@@ -176,12 +176,15 @@ TEST_F(NodeAuth, ASaveEndsAtTheFirstWriteThatFails) {
     cfg_abandon(store);
     const node_record node = load("nodes-1");
     for (const auth_field &field : fields) field.set(node.get(), "new");
+    cfg_node_set_use_remote_groups(node.get(), 0);
     failing.set(node.get(), records::unwritable().c_str());
     EXPECT_EQ(0, cfg_node_save_auth(node.get()));
     bool written = true;
     for (const auth_field &field : fields) {
       if (field.path == failing.path) written = false;
       EXPECT_EQ(written, stored(field.path) == "\"new\"") << field.path;
+      if (std::string(field.path) != "auth_type") continue;
+      EXPECT_EQ(written ? "false" : "true", stored("use_remote_groups")) << "it follows the type";
     }
   }
 }

@@ -197,6 +197,7 @@ TEST_F(PortSave, EndsAtTheFirstWriteThatFails) {
     cfg_abandon(store);
     const port_record port = load_port(id);
     for (const auto &step : steps) step.first(port.get(), "new");
+    cfg_port_set_remote_port(port.get(), 3002);
     failing.first(port.get(), records::unwritable().c_str());
     EXPECT_EQ(0, cfg_port_save(port.get()));
     bool written = true;
@@ -205,6 +206,10 @@ TEST_F(PortSave, EndsAtTheFirstWriteThatFails) {
       const std::string now =
           dump(cfg_get_child_by_path(store, cfg_get_by_id(store, id.c_str()), step.second));
       EXPECT_EQ(written, now == "\"new\"") << step.second << " reads " << now.substr(0, 40);
+      if (step.second != std::string("connection_method")) continue;
+      EXPECT_EQ(written ? "3002" : "3001",
+                dump(cfg_get_child_by_path(store, cfg_get_by_id(store, id.c_str()), "remote_port")))
+          << "it follows the connection method";
     }
   }
 }

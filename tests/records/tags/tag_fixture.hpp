@@ -38,13 +38,15 @@ class TagTest : public StoreTest {
     cfg_elem *tag = entry_of("tags.node_tags");
     set(tag, "name", name);
     if (values.size() == 0) return tag;
-    cfg_elem *list = child_list(tag, "values");
-    for (const char *text : values) {
-      cfg_elem *value = cfg_new_map(store);
-      add(list, value);
-      set(value, "value", text);
-    }
+    child_list(tag, "values");
+    for (const char *text : values) add_value(tag, text);
     return tag;
+  }
+  /** A committed value (once the edit is) behind those that the tag has. */
+  void add_value(cfg_elem *tag, const char *text) {
+    cfg_elem *value = cfg_new_map(store);
+    add(cfg_simple_get_mapelem(store, tag, "values"), value);
+    set(value, "value", text);
   }
   /** A tag that is pending in its list. */
   void add_pending_tag(const char *name) {

@@ -55,16 +55,29 @@ TEST_F(TagValue, IsFoundAmongTheValuesOfItsTagOnly) {
   EXPECT_EQ(nullptr, find(load(id_of(add_tag("Empty"))), "south"));
 }
 
-TEST_F(TagValue, ThatIsGoneOrWithoutTextEndsTheSearch) {
+TEST_F(TagValue, ThatCannotBeLoadedEndsTheSearch) {
   cfg_elem *elem = add_tag("Bundle", {"first", "second", "third"});
+  add(cfg_simple_get_mapelem(store, elem, "values"), "no map");
+  add_value(elem, "fifth");
   const tag_record tag = load(id_of(elem));
-  cfg_elem *second = cfg_get_by_id(store, tag_get_value(tag.get(), 1));
-  erase(second, "value");
+  EXPECT_NE(nullptr, find(tag, "third"));
+  EXPECT_EQ(nullptr, find(tag, "fifth"));
+  erase(cfg_get_by_id(store, tag_get_value(tag.get(), 1)), "value");
   EXPECT_NE(nullptr, find(tag, "first"));
   EXPECT_EQ(nullptr, find(tag, "third"));
-  ASSERT_TRUE(cfg_delete_element(store, second));
-  EXPECT_EQ(nullptr, find(tag, "third"));
-  EXPECT_NE(nullptr, find(load(id_of(elem)), "third"));
+}
+
+TEST_F(TagValue, IsFoundAmongTheCommittedOnesOfTheStoreNotOfTheRecord) {
+  list_at("tags.node_tags");
+  const tag_record tag(cfg_tag_new(store, "Bundle"));
+  EXPECT_EQ(nullptr, find(tag, "north")) << "the tag has no element";
+  ASSERT_EQ(1, cfg_tag_save(tag.get(), CFG_TAG_NODE));
+  ASSERT_EQ(1, cfg_tag_value_save(tag.get(), fresh("north").get()));
+  EXPECT_EQ(nullptr, find(tag, "north")) << "a pending value";
+  commit();
+  EXPECT_STREQ("tags_node_tags-1_values-1", tag_value_get_uuid(find(tag, "north").get()));
+  ASSERT_EQ(1, cfg_tag_value_delete(store, find(tag, "north").get()));
+  EXPECT_EQ(nullptr, find(tag, "north"));
 }
 
 TEST_F(TagValue, IsNotFoundForNull) {
