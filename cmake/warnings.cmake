@@ -4,6 +4,8 @@ add_compile_options(
   -Wno-format-nonliteral -Werror)
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>)
 add_compile_options(-fstack-protector-strong)
+# What an assertion or a library's macro says of a place tells the file's name in the sources, not where they stood.
+add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 add_link_options(-Wl,-z,relro,-z,now)
 if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug" AND NOT TW_SANITIZE)
   add_compile_definitions($<$<CONFIG:Release,RelWithDebInfo>:_FORTIFY_SOURCE=2>)
