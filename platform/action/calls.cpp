@@ -18,14 +18,11 @@ namespace {
 using twjobs::Record;
 using twjobs::Table;
 
-// Never destroyed: threads may still read while the process ends. Made without the heap, which may be used
-// up.
-twlmdb::SharedFile &actions() {
-  alignas(twlmdb::SharedFile) static char place[sizeof(twlmdb::SharedFile)];
-  static auto &file = *new (place) twlmdb::SharedFile(
-      {"TW_ACTION_DIR", "/var/lib/twobject/actions", "actions.mdb", std::size_t{1} << 30U});
-  return file;
-}
+// Made when the library is loaded: a child that is forked while another thread makes it would wait for that
+// thread for ever. Never destroyed: threads may still read while the process ends.
+alignas(twlmdb::SharedFile) char place[sizeof(twlmdb::SharedFile)];
+twlmdb::SharedFile &actions = *new (place) twlmdb::SharedFile(
+    {"TW_ACTION_DIR", "/var/lib/twobject/actions", "actions.mdb", std::size_t{1} << 30U});
 
 // Runs what may be short of memory.
 template <class Function>
@@ -46,7 +43,7 @@ bool fits(const char *text, std::size_t most) {
 template <class Change>
 int update(std::uint64_t id, Record &record, Change change) {
   Record changed;
-  const int result = actions().write([&](const twlmdb::Access &access) {
+  const int result = actions.write([&](const twlmdb::Access &access) {
     const Table table(access);
     if (const int failed = table.get(id, changed)) return failed;
     if (const int failed = change(changed)) return failed;
@@ -60,7 +57,7 @@ int update(std::uint64_t id, Record &record, Change change) {
 
 int store_new(twaction &action) {
   twaction next = action;
-  const int result = actions().write([&](const twlmdb::Access &access) {
+  const int result = actions.write([&](const twlmdb::Access &access) {
     next.record.created_ms = next.record.changed_ms = twlmdb::now_ms();
     return Table(access).add(next.record, next.id);
   });
@@ -72,7 +69,7 @@ template <class Find>
 int fetch(twaction **out, Find find) noexcept {
   std::unique_ptr<twaction> action(twaction_new());
   if (!action) return -ENOMEM;
-  const int result = actions().read([&](const twlmdb::Access &access) {
+  const int result = actions.read([&](const twlmdb::Access &access) {
     const Table table(access);
     if (const int failed = find(table, action->id)) return failed;
     return table.get(action->id, action->record);
@@ -185,7 +182,7 @@ int twaction_visit(const char *queue_name, twaction_visitor visit, void *context
   if (!visit) return -EINVAL;
   return guarded([&] {
     twlmdb::Snapshot snapshot;  // so that `visit` may store
-    if (const int result = actions().take(snapshot)) return result;
+    if (const int result = actions.take(snapshot)) return result;
     twlmdb::Access access;
     if (const int result = snapshot.use(access)) return result == -ENOENT ? 0 : result;
     const Table table(access);
@@ -202,5 +199,5 @@ int twaction_visit(const char *queue_name, twaction_visitor visit, void *context
 }
 
 int twaction_remove(std::uint64_t id) noexcept {
-  return actions().write([&](const twlmdb::Access &access) { return Table(access).remove(id); });
+  return actions.write([&](const twlmdb::Access &access) { return Table(access).remove(id); });
 }

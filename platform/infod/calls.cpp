@@ -13,14 +13,11 @@ struct infod_multiple {
 
 namespace {
 
-// Never destroyed: threads may still read while the process ends. Made without the heap, which may be used
-// up.
-twlmdb::SharedFile &state() {
-  alignas(twlmdb::SharedFile) static char place[sizeof(twlmdb::SharedFile)];
-  static auto &file =
-      *new (place) twlmdb::SharedFile({"TW_INFOD_DIR", "/run/twinfod", "state.mdb", std::size_t{256} << 20U});
-  return file;
-}
+// Made when the library is loaded: a child that is forked while another thread makes it would wait for that
+// thread for ever. Never destroyed: threads may still read while the process ends.
+alignas(twlmdb::SharedFile) char place[sizeof(twlmdb::SharedFile)];
+twlmdb::SharedFile &state =
+    *new (place) twlmdb::SharedFile({"TW_INFOD_DIR", "/run/twinfod", "state.mdb", std::size_t{256} << 20U});
 
 MDB_val stored_key(const char *key) { return twlmdb::bytes_of(key, std::strlen(key)); }
 
@@ -47,7 +44,7 @@ int get(const twlmdb::Access &access, const char *key, char **text, std::int64_t
 
 int infod_push_text(const char *key, const char *text, int32_t kind) noexcept {
   if (!is_key(key) || !text || strnlen(text, INFOD_TEXT_MAX + 1) > INFOD_TEXT_MAX) return -EINVAL;
-  return state().write([&](const twlmdb::Access &access) {
+  return state.write([&](const twlmdb::Access &access) {
     // Within the write, so that of two values the newer has the newer time.
     const std::string stored = twinfod::pack({twlmdb::now_ms(), kind, text});
     return access.put(stored_key(key), twlmdb::bytes_of(stored.data(), stored.size()));
@@ -56,12 +53,12 @@ int infod_push_text(const char *key, const char *text, int32_t kind) noexcept {
 
 int infod_get_extended(const char *key, char **text, int64_t *time_ms) noexcept {
   if (!is_key(key) || !text) return -EINVAL;
-  return state().read([&](const twlmdb::Access &access) { return get(access, key, text, time_ms); });
+  return state.read([&](const twlmdb::Access &access) { return get(access, key, text, time_ms); });
 }
 
 infod_multiple *infod_get_multiple_start() noexcept {
   auto *multiple = new (std::nothrow) infod_multiple;
-  if (multiple && state().take(multiple->snapshot) != 0) {
+  if (multiple && state.take(multiple->snapshot) != 0) {
     delete multiple;
     return nullptr;
   }
@@ -81,7 +78,7 @@ void infod_get_multiple_end(infod_multiple *multiple) noexcept { delete multiple
 int infod_visit(const char *prefix, infod_visitor visit, void *context) noexcept try {
   if (!prefix || !visit) return -EINVAL;
   twlmdb::Snapshot snapshot;  // so that `visit` may publish and read
-  if (const int result = state().take(snapshot)) return result;
+  if (const int result = state.take(snapshot)) return result;
   twlmdb::Access access;
   if (const int result = snapshot.use(access)) return result == -ENOENT ? 0 : result;
   return access.scan(stored_key(prefix), [&](const MDB_val &stored_at, const MDB_val &stored) {
@@ -101,5 +98,5 @@ int infod_remove(const char *prefix) noexcept {
   const int found = infod_visit(
       prefix, [](void *, const infod_value *) { return 1; }, nullptr);
   if (found != 1) return found;
-  return state().write([&](const twlmdb::Access &access) { return access.remove_all(stored_key(prefix)); });
+  return state.write([&](const twlmdb::Access &access) { return access.remove_all(stored_key(prefix)); });
 }

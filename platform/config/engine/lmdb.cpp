@@ -94,6 +94,12 @@ class LmdbEngine final : public Engine, public std::enable_shared_from_this<Lmdb
   const std::unique_ptr<LmdbEnvironment> environment_;
 };
 
+// Made when the library is loaded: a child that is forked while another thread makes it would wait for that
+// thread for ever. Never destroyed: handles may be closed by destructors that run at exit.
+using Engines = Registry<FileId, LmdbEngine>;
+alignas(Engines) char place[sizeof(Engines)];
+Engines &engines = *new (place) Engines;
+
 }  // namespace
 
 std::shared_ptr<Engine> open_lmdb_within(const std::string &path, unsigned options, std::size_t largest_map,
@@ -101,9 +107,7 @@ std::shared_ptr<Engine> open_lmdb_within(const std::string &path, unsigned optio
   failure = {};
   StoreFiles files;
   if ((failure = find_store(path, options, files))) return nullptr;
-  // Never destroyed: handles may be closed by destructors that run at exit.
-  static auto *const engines = new Registry<FileId, LmdbEngine>;
-  return engines->get(files.id, [&]() -> std::unique_ptr<LmdbEngine> {
+  return engines.get(files.id, [&]() -> std::unique_ptr<LmdbEngine> {
     auto environment = LmdbEnvironment::open(files, options, largest_map, failure);
     return environment ? std::make_unique<LmdbEngine>(std::move(environment)) : nullptr;
   });

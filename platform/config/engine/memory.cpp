@@ -204,13 +204,17 @@ class MemoryEngine final : public Engine {
   std::shared_ptr<OpenSnapshots> open_ = std::make_shared<OpenSnapshots>();
 };
 
+// Made when the library is loaded: a child that is forked while another thread makes it would wait for that
+// thread for ever. Never destroyed: handles may be closed by destructors that run at exit.
+using Engines = Registry<std::string, MemoryEngine>;
+alignas(Engines) char place[sizeof(Engines)];
+Engines &engines = *new (place) Engines;
+
 }  // namespace
 
 std::shared_ptr<Engine> open_memory(const std::string &name) {
   if (name.empty()) return std::make_shared<MemoryEngine>();
-  // Never destroyed: handles may be closed by destructors that run at exit.
-  static auto *const engines = new Registry<std::string, MemoryEngine>;
-  return engines->get(name, [] { return std::make_unique<MemoryEngine>(); });
+  return engines.get(name, [] { return std::make_unique<MemoryEngine>(); });
 }
 
 }  // namespace twcfg
