@@ -1,4 +1,5 @@
 // Actions under several processes, and after sudden death.
+#include <atomic>
 #include <thread>
 
 #include "action_fixture.hpp"
@@ -95,6 +96,17 @@ TEST_F(ActionTest, ADamagedFileIsReported) {
   setenv("TW_ACTION_DIR", (directory() + "/.").c_str(), 1);
   EXPECT_EQ(twaction_get_for_node("nodes-1", "a", &action), -EBADMSG);
   EXPECT_EQ(twaction_store(make("a").get()), -EBADMSG);
+}
+
+TEST_F(ActionTest, AProcessForksWhileItsThreadsUseTheLibrary) {
+  std::atomic<bool> stop{false};
+  std::thread user([&] {
+    while (!stop) add("nodes-1", "enrollment");
+  });
+  for (int i = 0; i < 20; ++i)
+    EXPECT_EQ(in_child([] { return add("nodes-2", "enrollment") != 0 ? "" : "cannot store"; }), "");
+  stop = true;
+  user.join();
 }
 
 }  // namespace

@@ -7,13 +7,14 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "record/text.hpp"
 #include "record/text_array.hpp"
 
 namespace {
 
-cfg_value string_value(const std::string &text) { return {CFG_STRING, 0, text.c_str(), text.size()}; }
+cfg_value string_value(std::string_view text) { return {CFG_STRING, 0, text.data(), text.size()}; }
 
 TEST(TextBlock, GivesPlacesThatDoNotOverlap) {
   tw::text_block block;

@@ -85,19 +85,17 @@ Failure LmdbEnvironment::prepare() {
   mdb_env_stat(raw(), &info);
   page_size_ = info.ms_psize;
   MDB_txn *txn = nullptr;
-  int code = mdb_txn_begin(raw(), nullptr, MDB_RDONLY, &txn);
+  const int code = mdb_txn_begin(raw(), nullptr, MDB_RDONLY, &txn);
   if (code != 0) return lmdb_failure(code, files_.data(), "cannot be read");
-  Failure failure;
+  const TransactionPointer ending(txn);
   try {
     MDB_dbi tree = 0;
     check(mdb_dbi_open(txn, nullptr, kTreeFlags, &tree));
     LmdbTable table(txn);
-    failure = check_format(table, files_.data());
+    return check_format(table, files_.data());
   } catch (const LmdbError &error) {
-    failure = lmdb_failure(error.code, files_.data(), "cannot be read");
+    return lmdb_failure(error.code, files_.data(), "cannot be read");
   }
-  mdb_txn_abort(txn);
-  return failure;
 }
 
 LmdbEnvironment::~LmdbEnvironment() {
@@ -181,6 +179,9 @@ LmdbEnvironment::Reader *LmdbEnvironment::begin(Failure &failure) {
     drop(reader);
     failure = lmdb_failure(error.code, files_.data(), "cannot be read");
     return nullptr;
+  } catch (...) {
+    drop(reader);
+    throw;
   }
   reader->revision = known_revision_;
   reader->since_ms = steady_ms();
@@ -249,13 +250,8 @@ Failure LmdbEnvironment::check_pages(const Engine::Problem &problem) {
     MDB_txn *txn = nullptr;
     if (const int code = mdb_txn_begin(raw(), nullptr, MDB_RDONLY, &txn))
       return lmdb_failure(code, files_.data(), "cannot be read");
-    try {
-      done = check_all_pages(data_file(), mdb_txn_id(txn), problem);
-    } catch (...) {
-      mdb_txn_abort(txn);
-      throw;
-    }
-    mdb_txn_abort(txn);
+    const TransactionPointer ending(txn);
+    done = check_all_pages(data_file(), mdb_txn_id(txn), problem);
   }
   return {};
 }

@@ -15,6 +15,12 @@ struct EnvironmentCloser {
 };
 using EnvironmentPointer = std::unique_ptr<MDB_env, EnvironmentCloser>;
 
+struct TransactionEnder {
+  void operator()(MDB_txn *txn) const { mdb_txn_abort(txn); }
+};
+// A transaction that only reads, until the end of its scope.
+using TransactionPointer = std::unique_ptr<MDB_txn, TransactionEnder>;
+
 // Reserved for the map of a store. Address space costs nothing, and as long as the map is larger than the
 // file nobody has to wait until it can be moved.
 inline constexpr std::size_t kLargestMap = std::size_t{64} << 30U;

@@ -111,12 +111,13 @@ TEST_F(Push, WhatIsSavedInTheSameEditIsReferredToByItsFinalIdAfterTheCommit) {
   const auto provisional = [&](const char *list) { return id_of(entry_of(list)); };
   const std::string template_id = provisional("templates"), node = provisional("nodes");
   ASSERT_EQ('{', template_id[0]);
-  const push_record push = make();
+  push_record push = make();
   cfg_push_exec_ctxt_add_template(push.get(), template_id.c_str());
   cfg_push_exec_ctxt_add_node(push.get(), new_node(node.c_str()));
   ASSERT_EQ(1, cfg_push_exec_ctxt_save(push.get(), 1));
   cfg_push_node_ctxt *context = cfg_push_exec_ctxt_get_node_ctxt(push.get(), 0);
   ASSERT_EQ(1, cfg_push_node_ctxt_add_execution_error(context, 7, 0, nullptr, template_id.c_str()));
+  push.reset();
   commit_and_reopen();
   const push_record again = load("cfg_push_exec_ctxts-1");
   EXPECT_STREQ("templates-1", cfg_push_exec_ctxt_get_template_uuid(again.get(), 0));

@@ -238,13 +238,14 @@ TEST_F(AuthTemplate, ServersAreAddedBelowItsMapAndReadAfterTheCommit) {
 }
 
 TEST_F(AuthTemplate, AListThatIsMadeUnderItsPathIsReadBesideTheProtocolsMap) {
-  const template_record record = full();
+  template_record record = full();
   ASSERT_EQ(1, cfg_template_save(record.get()));
   commit();
   cfg_elem *elem = elem_of(record);
   ASSERT_EQ("{password=\"radius's password\"}", dump(cfg_get_child_by_path(store, elem, "radius")));
   EXPECT_EQ(1, cfg_auth_create_server(cfg_template_get_auth(record.get()), elem, "radius.accountingServers",
                                       "a.example", 1813, 0));
+  record.reset();
   commit_and_reopen();
   const template_record again = load("templates-1");
   const cfg_auth *read = cfg_template_get_auth(again.get());
