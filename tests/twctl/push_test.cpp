@@ -39,7 +39,7 @@ class TwctlPush : public twctl_test {
     open_store store = open_for_reading(store_path());
     cfg_push_exec_ctxt *push = cfg_push_exec_ctxt_get_by_id(store.get(), "cfg_push_exec_ctxts-1");
     first_share_ = cfg_push_node_ctxt_get_uuid(cfg_push_exec_ctxt_get_node_ctxt(push, 0));
-    cfg_push_exec_ctxt_free(push);
+    cfg_push_exec_ctxt_dispose(push);
   }
 
   std::string first_share_;
