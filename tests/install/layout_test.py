@@ -33,7 +33,7 @@ class Layout(unittest.TestCase):
         cls.addClassCleanup(cls.installed.close)
         cls.files = cls.installed.files()
 
-    def library_folder(self):
+    def folder_of_libraries(self):
         return next(path.parent for path in self.installed.top.rglob("libtwobject.so"))
 
     def test_every_public_header_is_there_unchanged_and_no_other(self):
@@ -51,8 +51,8 @@ class Layout(unittest.TestCase):
     def test_each_library_is_there_under_its_three_names(self):
         for library in surface.LIBRARIES:
             with self.subTest(library):
-                plain = self.library_folder() / f"lib{library}.so"
-                major = self.library_folder() / f"lib{library}.so.1"
+                plain = self.folder_of_libraries() / f"lib{library}.so"
+                major = self.folder_of_libraries() / f"lib{library}.so.1"
                 self.assertTrue(plain.is_symlink() and major.is_symlink())
                 self.assertRegex(plain.resolve().name, rf"^lib{library}\.so\.1\.\d+\.\d+$")
                 self.assertEqual(plain.resolve(), major.resolve())
@@ -76,7 +76,7 @@ class Layout(unittest.TestCase):
         self.assertEqual(leaks(self.installed.top, [BUILD.resolve(), ROOT, self.installed.root]), [])
 
     def test_libraries_and_programs_find_each_other_from_where_they_stand(self):
-        folder = self.library_folder()
+        folder = self.folder_of_libraries()
         for library in surface.LIBRARIES:
             self.assertEqual(run_path(folder / f"lib{library}.so"), "$ORIGIN", library)
         for program in PROGRAMS:
