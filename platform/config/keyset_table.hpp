@@ -8,6 +8,7 @@
 #include <twconfig/read.h>
 
 #include "key_name.hpp"
+#include "packed.hpp"
 
 namespace twcfg {
 
@@ -17,6 +18,8 @@ struct KeysetSlots {
   const char *const *keys = nullptr;
   std::vector<const KeyName *> names;
   std::vector<std::vector<std::int16_t>> by_shape;
+  PackedMap last_map;  // the last one of a shape: where `last` is good for
+  const std::int16_t *last = nullptr;
 };
 
 // Open addressing: a load asks for a dozen sets, so that finding one must cost next to nothing. Sets are
