@@ -18,7 +18,8 @@ struct KeysetSlots {
   const char *const *keys = nullptr;
   std::vector<const KeyName *> names;
   std::vector<std::vector<std::int16_t>> by_shape;
-  PackedMap last_map;  // the last one of a shape: where `last` is good for
+  // Those of the shape that was met last, in which the next read mostly begins.
+  PackedMap last_form;
   const std::int16_t *last = nullptr;
 };
 

@@ -127,9 +127,14 @@ class PackedMap {
   // Empty (false) when the node is no sound map.
   PackedMap(const Packed &node, Shapes &shapes, Snapshot &snapshot);
   PackedMap() = default;
-  // Goes on to another map of the same shape and form, without a look at the last one, which may be gone;
-  // false, with nothing changed, when it is none.
+  // Goes on to another map of the same shape and form; false, with nothing changed, when it is none.
   bool follow(const Packed &node);
+  // What follow() goes by, without the map: empty, and good for as long as the handle.
+  PackedMap form() const {
+    PackedMap copy = *this;
+    copy.node_ = {};
+    return copy;
+  }
   explicit operator bool() const { return static_cast<bool>(node_); }
   const char *record() const { return node_.base; }  // where its record begins
   std::uint32_t count() const { return count_; }
@@ -182,7 +187,7 @@ inline PackedMap::PackedMap(const Packed &node, Shapes &shapes, Snapshot &snapsh
 }
 
 inline bool PackedMap::follow(const Packed &node) {
-  if (shape_ == nullptr || !node_ || !node || !node.has(node.at, head_) || node.tag() != tag_ ||
+  if (shape_ == nullptr || !node || !node.has(node.at, head_) || node.tag() != tag_ ||
       node.wide() != (width_ == 4) || load_raw<std::uint32_t>(node.base + node.at + 1) != shape_->number())
     return false;
   node_ = node;

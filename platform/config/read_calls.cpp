@@ -39,7 +39,7 @@ class KeyReader {
  public:
   KeyReader(Store &store, const cfg_keyset &set) : store_(store), set_(set), known_(store.keysets.of(set)) {
     if (known_.keys == set.keys && known_.names.size() == set.count) {
-      map_ = known_.last_map;
+      map_ = known_.last_form;
       slots_ = known_.last;
     } else {
       begin_anew();
@@ -51,7 +51,10 @@ class KeyReader {
     const std::size_t count = set_.count;
     if (!map_.follow(map.stored)) {
       map_ = PackedMap(map.stored, store_.shapes, *store_.snapshot);
-      if (!map_) return false;
+      if (!map_) {
+        map_ = {};  // no form to go on from
+        return false;
+      }
       if (map_.shape() == nullptr) {
         read_spelled(map_, values);
         return true;
@@ -80,7 +83,7 @@ class KeyReader {
  private:
   [[gnu::noinline]] void begin_anew() {
     known_.keys = set_.keys;
-    known_.last_map = {};
+    known_.last_form = {};
     known_.names.clear();
     known_.by_shape.clear();
     for (std::size_t i = 0; i < set_.count; ++i) known_.names.push_back(store_.names.intern(set_.keys[i]));
@@ -109,7 +112,7 @@ class KeyReader {
       for (const KeyName *name : known_.names) slots.push_back(static_cast<std::int16_t>(shape.slot(name)));
     }
     slots_ = slots.data();
-    known_.last_map = map_;
+    known_.last_form = map_.form();
     known_.last = slots_;
   }
 
