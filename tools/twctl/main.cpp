@@ -5,12 +5,12 @@
 #include <exception>
 #include <functional>
 
+#include "cli/failure.hpp"
+#include "cli/manual.hpp"
+#include "cli/output.hpp"
+#include "cli/text.hpp"
+#include "cli/usage.hpp"
 #include "commands.hpp"
-#include "failure.hpp"
-#include "manual.hpp"
-#include "output.hpp"
-#include "text.hpp"
-#include "usage.hpp"
 
 namespace {
 
