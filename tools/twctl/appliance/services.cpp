@@ -11,6 +11,7 @@
 #include <chrono>
 #include <filesystem>
 #include <optional>
+#include <ranges>
 #include <thread>
 
 #include "appliance/daemon.hpp"
@@ -45,7 +46,7 @@ class connection {
   std::string ask(std::string_view request, std::initializer_list<std::string_view> ends) const {
     auto has_come = [&ends](std::string_view reply) {
       return std::any_of(ends.begin(), ends.end(),
-                         [reply](std::string_view end) { return reply.find(end) != reply.npos; });
+                         [reply](std::string_view end) { return reply.find(end) != std::string_view::npos; });
     };
     std::string reply;
     char part[4096];
@@ -187,7 +188,7 @@ void start(const options &opts) {
     }
   } catch (...) {
     // All or nothing: what this command has started does not stay behind half of it.
-    for (auto one = started.rbegin(); one != started.rend(); ++one) one->stop();
+    for (daemon_process &one : std::views::reverse(started)) one.stop();
     throw;
   }
   print_states(opts, states);

@@ -28,7 +28,8 @@ void check_generic(const device &one, std::vector<std::string> &problems) {
   else if (one.port_count <= most_ports && one.base_port + one.port_count - 1 > highest_port)
     problems.push_back(fmt::format("the ports from {} on would pass {}", one.base_port, highest_port));
   for (const std::string &label : one.port_labels)
-    if (!is_label(label)) problems.push_back("a port label is empty, too long or holds control characters");
+    if (!is_label(label))
+      problems.emplace_back("a port label is empty, too long or holds control characters");
 }
 
 /// A setter of the record kit answers 0 when it has no memory; a node setter also when nothing changes.
@@ -93,9 +94,9 @@ bool needs_password(const device &one) {
 std::vector<std::string> problems_of(const device &one) {
   std::vector<std::string> problems = problems_but_password(one);
   if (needs_password(one) && one.password.empty())
-    problems.push_back("password is missing");
+    problems.emplace_back("password is missing");
   else if (needs_password(one) && !is_label(one.password.view()))
-    problems.push_back("password is too long, not UTF-8 or holds control characters");
+    problems.emplace_back("password is too long, not UTF-8 or holds control characters");
   return problems;
 }
 
@@ -117,7 +118,7 @@ std::vector<std::string> problems_but_password(const device &one) {
     problems.push_back(fmt::format("'{}' is no MAC address (aa:bb:cc:dd:ee:ff)", printable(one.mac_address)));
   if (one.kind->how != reach::vpn) {
     if (one.address.empty())
-      problems.push_back("address is missing");
+      problems.emplace_back("address is missing");
     else if (!is_host(one.address))
       problems.push_back(fmt::format("'{}' is no IP address or host name", printable(one.address)));
   }

@@ -300,7 +300,7 @@ fleet check_inventory(const inventory &source, const import_defaults &defaults, 
     device one = describe(entry, defaults, problems);
     if (one.kind) {
       // In a list of many, a node without a name could not be told from the others.
-      if (one.kind->how == reach::vpn && one.name.empty()) problems.push_back("name is missing");
+      if (one.kind->how == reach::vpn && one.name.empty()) problems.emplace_back("name is missing");
       for (std::string &problem : problems_of(one)) problems.push_back(std::move(problem));
     }
     names.check(one.name, entry.where, source.unit, problems);

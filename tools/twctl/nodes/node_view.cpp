@@ -94,6 +94,7 @@ class node_scan {
     for (size_t i = 1; i < column_count; i++) all.push_back(cell_of(values[i - 1]));
     if (!fits(all)) return 1;
     std::vector<cell> row;
+    row.reserve(chosen_.size());
     for (size_t column : chosen_) row.push_back(all[column]);
     result_.add(std::move(row));
     return filter_.limit == 0 || result_.size() < filter_.limit;

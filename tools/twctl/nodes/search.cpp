@@ -48,7 +48,7 @@ condition_tree read_condition(const std::vector<std::string> &terms) {
     if (!is_utf8(term)) throw no_condition(term);
     condition_tree leaf(read_term(term));
     if (!cfg_condition_add_child(tree.get(), leaf.get())) throw no_condition(term);
-    leaf.release();
+    static_cast<void>(leaf.release());  // the tree's now
   }
   return tree;
 }
