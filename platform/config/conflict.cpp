@@ -245,8 +245,10 @@ void rebase_edit(Store &store) {
 
   // The heads are looked up before anything is bound anew, because binding follows what is in the edit.
   std::vector<Key> keys;
+  keys.reserve(edit.records.size());
   for (const auto &[key, record] : edit.records) keys.push_back(key);
   std::vector<std::uint32_t> lists;
+  lists.reserve(edit.lists.size());
   for (const auto &[number, list] : edit.lists) lists.push_back(number);
 
   for (const std::uint32_t number : lists) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "head.hpp"
+#include "huge_pages.hpp"
 
 namespace twcfg {
 
@@ -43,7 +44,7 @@ class HeadTable {
 
  private:
   static constexpr std::uint32_t kLine = 64;
-  static constexpr std::uint32_t kAhead = 2048;  // what stands in a row beyond, the processor foresees itself
+  static constexpr std::uint32_t kAhead = 4096;  // what stands in a row beyond, the processor foresees itself
 
   struct Slot {
     std::uint64_t hash = 0;
@@ -57,7 +58,9 @@ class HeadTable {
     }
   };
 
-  static void place(std::vector<Slot> &slots, const Slot &slot) {
+  using Slots = std::vector<Slot, HugePageAllocator<Slot>>;
+
+  static void place(Slots &slots, const Slot &slot) {
     const std::size_t mask = slots.size() - 1;
     std::size_t at = slot.hash & mask;
     while (slots[at].head != nullptr) at = (at + 1) & mask;
@@ -65,14 +68,14 @@ class HeadTable {
   }
 
   void grow() {
-    std::vector<Slot> bigger(slots_.size() * 2);
+    Slots bigger(slots_.size() * 2);
     for (const Slot &slot : slots_) {
       if (slot.head != nullptr) place(bigger, slot);
     }
     slots_.swap(bigger);
   }
 
-  std::vector<Slot> slots_;
+  Slots slots_;
   std::size_t used_ = 0;
 };
 

@@ -309,11 +309,13 @@ Found find_key(Head *map, std::string_view key) {
   return packed ? Found{nullptr, packed.find(key, store.names)} : Found{};
 }
 
-std::string entry_id_front(const Head &map, std::string_view key) {
+std::string entry_id_front(const Head &map, std::string_view key, std::string front) {
   const KeyName &name = *map.store->names.intern(key);
-  std::string front = &map == map.store->root ? std::string() : flatten(map.id());
-  front.reserve(front.size() + name.flat.size() + 12);  // the number of an entry, too
-  if (&map != map.store->root) front += '_';
+  front.clear();
+  if (&map != map.store->root) {
+    append_flat(front, map.id());
+    front += '_';
+  }
   front += name.flat;
   front += '-';
   return front;

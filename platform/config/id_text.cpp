@@ -75,11 +75,12 @@ bool unescape_key(std::string_view text, std::string &key) {
   return read_escaped(text, key) && escape_key(key) == text;
 }
 
-std::string flatten(std::string_view id) {
+void append_flat(std::string &out, std::string_view id) {
   // Most IDs hold nothing to flatten: those of list entries.
-  if (std::none_of(id.begin(), id.end(), [](char c) { return c == '.' || c == '~'; })) return std::string(id);
-  std::string out;
-  out.reserve(id.size());
+  if (std::none_of(id.begin(), id.end(), [](char c) { return c == '.' || c == '~'; })) {
+    out += id;
+    return;
+  }
   for (std::size_t i = 0; i < id.size(); ++i) {
     if (id[i] == '.') {
       out += '_';
@@ -90,6 +91,12 @@ std::string flatten(std::string_view id) {
       out += id[i];
     }
   }
+}
+
+std::string flatten(std::string_view id) {
+  std::string out;
+  out.reserve(id.size());
+  append_flat(out, id);
   return out;
 }
 

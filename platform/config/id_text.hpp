@@ -26,6 +26,7 @@ bool unescape_key(std::string_view text, std::string &key);
 
 // The ID of a list as the front part of its entries' IDs.
 std::string flatten(std::string_view id);
+void append_flat(std::string &out, std::string_view id);
 
 // Splits "<front>-<number>" at its last hyphen. False when `id` is not spelled like an entry's ID.
 bool split_entry(std::string_view id, std::string_view &front, std::uint32_t &number);

@@ -8,6 +8,7 @@
 #include <twconfig/read.h>
 
 #include "key_name.hpp"
+#include "packed.hpp"
 
 namespace twcfg {
 
@@ -17,6 +18,9 @@ struct KeysetSlots {
   const char *const *keys = nullptr;
   std::vector<const KeyName *> names;
   std::vector<std::vector<std::int16_t>> by_shape;
+  // Those of the shape that was met last, in which the next read mostly begins.
+  PackedMap last_form;
+  const std::int16_t *last = nullptr;
 };
 
 // Open addressing: a load asks for a dozen sets, so that finding one must cost next to nothing. Sets are

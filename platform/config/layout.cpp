@@ -75,7 +75,7 @@ bool stands_at(Head *head, std::string_view path) {
     const std::string_view step = path.substr(dot + 1);  // all of it without a dot
     const KeyName *key = head->born ? head->node->key : head->key;
     if ((step == "*") != (key == nullptr) || (key != nullptr && key->text != step)) return false;
-    path = path.substr(0, dot == path.npos ? 0 : dot);
+    path = path.substr(0, dot == std::string_view::npos ? 0 : dot);
     head = holder_of(head);
   }
   return head != nullptr && head == root && path.empty();

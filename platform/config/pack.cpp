@@ -105,6 +105,7 @@ const MapLayout &Plan::layout_of(const MapNode &map) {
     return keys_[left]->text < keys_[right]->text;
   });
   std::vector<const KeyName *> keys;
+  keys.reserve(layout.sorted.size());
   for (const std::uint16_t at : layout.sorted) keys.push_back(keys_[at]);
   layout.shape = shape_of(keys);
   return layouts_.emplace(keys_, std::move(layout)).first->second;

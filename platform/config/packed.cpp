@@ -34,22 +34,6 @@ Packed PackedMap::find(std::string_view key, const KeyNames &names) const {
   return low < count_ && this->key(low) == key ? child(low) : Packed{};
 }
 
-PackedList::PackedList(const Packed &node) {
-  if (!node || node.tag() != kTagList || !node.has(node.at, 9)) return;
-  count_ = load_raw<std::uint32_t>(node.base + node.at + 5);
-  width_ = node.wide() ? 4 : 2;
-  if (node.has(node.at, 9 + std::uint64_t{count_} * (4 + width_))) {
-    node_ = node;
-  } else {
-    count_ = 0;
-  }
-}
-
-Packed PackedList::child(std::uint32_t index) const {
-  const char *at = entry(index) + 4;
-  return node_.node(width_ == 2 ? load_raw<std::uint16_t>(at) : load_raw<std::uint32_t>(at));
-}
-
 std::int64_t PackedList::index_of(std::uint32_t number) const {
   std::uint32_t low = 0;
   std::uint32_t high = count_;

@@ -129,6 +129,12 @@ class PackedMap {
   PackedMap() = default;
   // Goes on to another map of the same shape and form; false, with nothing changed, when it is none.
   bool follow(const Packed &node);
+  // What follow() goes by, without the map: empty, and good for as long as the handle.
+  PackedMap form() const {
+    PackedMap copy = *this;
+    copy.node_ = {};
+    return copy;
+  }
   explicit operator bool() const { return static_cast<bool>(node_); }
   const char *record() const { return node_.base; }  // where its record begins
   std::uint32_t count() const { return count_; }
@@ -154,12 +160,13 @@ class PackedMap {
   std::uint32_t count_ = 0;
   std::uint32_t slots_ = 0;  // where the offsets begin
   std::uint32_t width_ = 2;
+  std::uint32_t tag_ = 0;
   std::uint64_t head_ = 0;  // bytes of tag, shape and offsets
 };
 
 inline PackedMap::PackedMap(const Packed &node, Shapes &shapes, Snapshot &snapshot) {
   if (!node || !node.has(node.at, 5)) return;
-  const std::uint32_t tag = node.tag();
+  const std::uint32_t tag = tag_ = node.tag();
   const auto word = load_raw<std::uint32_t>(node.base + node.at + 1);
   std::uint64_t offsets = tag / kTagRetired;
   if ((tag | kTagRetired) == (kTagMap | kTagRetired)) {
@@ -180,7 +187,7 @@ inline PackedMap::PackedMap(const Packed &node, Shapes &shapes, Snapshot &snapsh
 }
 
 inline bool PackedMap::follow(const Packed &node) {
-  if (shape_ == nullptr || !node_ || !node || !node.has(node.at, head_) || node.tag() != node_.tag() ||
+  if (shape_ == nullptr || !node || !node.has(node.at, head_) || node.tag() != tag_ ||
       node.wide() != (width_ == 4) || load_raw<std::uint32_t>(node.base + node.at + 1) != shape_->number())
     return false;
   node_ = node;
@@ -191,12 +198,16 @@ inline bool PackedMap::follow(const Packed &node) {
 // A list inside a record.
 class PackedList {
  public:
+  // Empty (false) when the node is no sound list.
   explicit PackedList(const Packed &node);
   explicit operator bool() const { return static_cast<bool>(node_); }
   std::uint32_t next() const { return load_raw<std::uint32_t>(node_.base + node_.at + 1); }
   std::uint32_t count() const { return count_; }
   std::uint32_t number(std::uint32_t index) const { return load_raw<std::uint32_t>(entry(index)); }
-  Packed child(std::uint32_t index) const;
+  Packed child(std::uint32_t index) const {
+    const char *at = entry(index) + 4;
+    return node_.node(width_ == 2 ? load_raw<std::uint16_t>(at) : load_raw<std::uint32_t>(at));
+  }
   // The index of the entry with this number, or -1.
   std::int64_t index_of(std::uint32_t number) const;
 
@@ -207,6 +218,15 @@ class PackedList {
   std::uint32_t count_ = 0;
   std::uint32_t width_ = 2;
 };
+
+inline PackedList::PackedList(const Packed &node) {
+  if (!node || node.tag() != kTagList || !node.has(node.at, 9)) return;
+  const auto count = load_raw<std::uint32_t>(node.base + node.at + 5);
+  width_ = node.wide() ? 4 : 2;
+  if (!node.has(node.at, 9 + std::uint64_t{count} * (4 + width_))) return;
+  count_ = count;
+  node_ = node;
+}
 
 // The list number of a distant list; 0 for any other node.
 inline std::uint32_t distant_list(const Packed &node) {

@@ -38,11 +38,12 @@ std::uintptr_t address(const char *bytes) { return reinterpret_cast<std::uintptr
 class KeyReader {
  public:
   KeyReader(Store &store, const cfg_keyset &set) : store_(store), set_(set), known_(store.keysets.of(set)) {
-    if (known_.keys == set.keys && known_.names.size() == set.count) return;
-    known_.keys = set.keys;
-    known_.names.clear();
-    known_.by_shape.clear();
-    for (std::size_t i = 0; i < set.count; ++i) known_.names.push_back(store.names.intern(set.keys[i]));
+    if (known_.keys == set.keys && known_.names.size() == set.count) {
+      map_ = known_.last_form;
+      slots_ = known_.last;
+    } else {
+      begin_anew();
+    }
   }
 
   [[gnu::always_inline]] bool read(const Found &map, cfg_value *values) {
@@ -50,7 +51,10 @@ class KeyReader {
     const std::size_t count = set_.count;
     if (!map_.follow(map.stored)) {
       map_ = PackedMap(map.stored, store_.shapes, *store_.snapshot);
-      if (!map_) return false;
+      if (!map_) {
+        map_ = {};  // no form to go on from
+        return false;
+      }
       if (map_.shape() == nullptr) {
         read_spelled(map_, values);
         return true;
@@ -77,6 +81,14 @@ class KeyReader {
   }
 
  private:
+  [[gnu::noinline]] void begin_anew() {
+    known_.keys = set_.keys;
+    known_.last_form = {};
+    known_.names.clear();
+    known_.by_shape.clear();
+    for (std::size_t i = 0; i < set_.count; ++i) known_.names.push_back(store_.names.intern(set_.keys[i]));
+  }
+
   [[gnu::noinline]] void read_spelled(const PackedMap &map, cfg_value *values) {
     for (std::size_t i = 0; i < set_.count; ++i)
       values[i] = handed_out({nullptr, map.find(set_.keys[i], store_.names)});
@@ -100,6 +112,8 @@ class KeyReader {
       for (const KeyName *name : known_.names) slots.push_back(static_cast<std::int16_t>(shape.slot(name)));
     }
     slots_ = slots.data();
+    known_.last_form = map_.form();
+    known_.last = slots_;
   }
 
   Store &store_;
@@ -120,10 +134,14 @@ class Values {
   std::vector<cfg_value> many_;
 };
 
-// The ID of one list entry after another.
+// The ID of one list entry after another. Its memory is the handle's, for the next one.
 class EntryId {
  public:
-  explicit EntryId(std::string front) : text_(std::move(front)), front_(text_.size()) {}
+  EntryId(Store &store, std::string front) : store_(store), text_(std::move(front)), front_(text_.size()) {}
+  EntryId(const EntryId &) = delete;
+  EntryId &operator=(const EntryId &) = delete;
+  ~EntryId() { store_.idle_id = std::move(text_); }
+
   const char *of(std::uint32_t number) {
     text_.resize(front_ + kDigits);
     char *end = std::to_chars(text_.data() + front_, text_.data() + text_.size(), number).ptr;
@@ -133,15 +151,16 @@ class EntryId {
 
  private:
   static constexpr std::size_t kDigits = 10;
+  Store &store_;
   std::string text_;
-  std::size_t front_;
+  const std::size_t front_;
 };
 
 // Visits the entries of a list that is not edited and lies in its owner's record: their IDs are put together
 // here, without a head for the list or for an entry.
 template <class Visit>
-void visit_packed(const PackedList &list, std::string id_front, Visit &&visit) {
-  EntryId id(std::move(id_front));
+void visit_packed(Store &store, const PackedList &list, std::string id_front, Visit &&visit) {
+  EntryId id(store, std::move(id_front));
   for (std::uint32_t i = 0; i < list.count(); ++i) {
     if (!visit(id.of(list.number(i)), Found{nullptr, list.child(i)})) return;
   }
@@ -218,9 +237,17 @@ template <class Visit>
 bool each_value(Store &store, const cfg_value &list, Visit &&visit) {
   if (!store.reading()) return false;
   if (list.kind != CFG_LIST) return store.fail(CFG_E_ARGUMENT, "the value is no list") != 0;
-  const ListView view(store, place_of(list));
+  const Found place = place_of(list);
+  // Most lists lie in the record that is being read.
+  if (const PackedList packed(place.stored); packed) {
+    for (std::uint32_t i = 0; i < packed.count(); ++i) {
+      if (!visit(Found{nullptr, packed.child(i)})) break;
+    }
+    return true;
+  }
+  const ListView view(store, place);
   if (!view) return store.fail(CFG_E_CORRUPT, "the list is damaged") != 0;
-  view.each([&](std::uint32_t, const Found &entry) { return visit(handed_out(entry)); });
+  view.each([&](std::uint32_t, const Found &entry) { return visit(entry); });
   return true;
 }
 
@@ -266,7 +293,8 @@ int cfg_child_scan(cfg_elem *map, const char *child, const cfg_keyset *set, cfg_
       return visit(context, id, reader.read(entry, values) ? values : nullptr) != 0;
     };
     if (list.node == nullptr && distant_list(list.stored) == 0)
-      visit_packed(PackedList(list.stored), entry_id_front(*head, child), visit_entry);
+      visit_packed(*store, PackedList(list.stored), entry_id_front(*head, child, std::move(store->idle_id)),
+                   visit_entry);
     else
       visit_heads(child_of(head, child), visit_entry);
     return 1;
@@ -286,8 +314,8 @@ int32_t cfg_value_entries(cfg *store, const cfg_value *list, cfg_value *entries,
   if (!given(store, list, entries)) return -1;
   return guarded(store, -1, [&] {
     std::int32_t count = 0;
-    const bool read = each_value(*store, *list, [&](const cfg_value &value) {
-      if (count < room) entries[count] = value;
+    const bool read = each_value(*store, *list, [&](const Found &entry) {
+      if (count < room) entries[count] = handed_out(entry);
       ++count;
       return true;
     });
@@ -298,8 +326,25 @@ int32_t cfg_value_entries(cfg *store, const cfg_value *list, cfg_value *entries,
 int cfg_value_scan(cfg *store, const cfg_value *list, cfg_value_visitor visit, void *context) noexcept {
   if (!given(store, list, visit)) return 0;
   return guarded(store, 0, [&] {
-    return each_value(*store, *list, [&](const cfg_value &value) { return visit(context, &value) != 0; }) ? 1
-                                                                                                          : 0;
+    const bool read = each_value(*store, *list, [&](const Found &entry) {
+      const cfg_value value = handed_out(entry);
+      return visit(context, &value) != 0;
+    });
+    return read ? 1 : 0;
+  });
+}
+
+int cfg_value_scan_maps(cfg *store, const cfg_value *list, const cfg_keyset *set, cfg_map_visitor visit,
+                        void *context) noexcept {
+  if (!given(store, list, visit) || !sound(set)) return 0;
+  return guarded(store, 0, [&] {
+    Values room(set->count);
+    cfg_value *const values = room.data();
+    KeyReader reader(*store, *set);
+    const bool read = each_value(*store, *list, [&](const Found &entry) {
+      return visit(context, reader.read(entry, values) ? values : nullptr) != 0;
+    });
+    return read ? 1 : 0;
   });
 }
 
@@ -353,7 +398,7 @@ int cfg_list_ids(cfg_elem *list, cfg_id_visitor visit, void *context) noexcept {
     std::int32_t index = 0;
     std::vector<std::uint32_t> numbers;
     if (stored_numbers(head, numbers)) {
-      EntryId id(flatten(head->id()) + '-');
+      EntryId id(*store, flatten(head->id()) + '-');
       for (const std::uint32_t number : numbers) {
         if (visit(context, index++, id.of(number)) == 0) return 1;
       }

@@ -91,6 +91,8 @@ struct cfg {
   std::vector<std::unique_ptr<twcfg::SearchResult>> results;
   std::vector<twcfg::SearchResult *> idle_results;  // dropped ones, used again by the next searches
 
+  std::string idle_id;  // memory for the IDs that scans put together
+
   std::unique_ptr<twcfg::Edit> edit;
   twcfg::MessageList messages;
 
@@ -174,8 +176,9 @@ struct Found {
   cfg_value value() const { return node != nullptr ? value_of(*node) : value_of(stored); }
 };
 Found find_key(Head *map, std::string_view key);
-// What the IDs of the committed entries of the list under a key begin with; their number follows.
-std::string entry_id_front(const Head &map, std::string_view key);
+// What the IDs of the committed entries of the list under a key begin with; their number follows. Takes the
+// memory of `front`, whose text goes.
+std::string entry_id_front(const Head &map, std::string_view key, std::string front);
 // The element at a dotted path below a map, without making heads; crosses no list.
 Found find_path(Store &store, const Found &map, std::string_view path);
 Head *head_by_path(Head *map, std::string_view path);

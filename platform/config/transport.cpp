@@ -63,12 +63,10 @@ class Stream {
       const ssize_t moved = step(done);
       if (moved > 0) {
         done += static_cast<std::size_t>(moved);
-      } else if (moved == 0) {
-        return false;  // end of stream
-      } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+      } else if (moved < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
         if (!wait(event)) return false;
-      } else if (errno != EINTR) {
-        return false;
+      } else if (moved == 0 || errno != EINTR) {
+        return false;  // the end of the stream, or broken
       }
       if (done < size && remaining() == 0) return false;
     }

@@ -54,8 +54,9 @@ class Verifier {
   void lists_in(const Node &node, const std::string &id) {
     if (node.kind == CFG_MAP) {
       for (const MapItem &item : static_cast<const MapNode &>(node).items) {
-        const std::string key = escape_key(item.key->text);
-        lists_in(*item.node, id == kRootId ? key : id + '.' + key);
+        std::string below = id == kRootId ? std::string() : id + '.';
+        below += escape_key(item.key->text);
+        lists_in(*item.node, below);
       }
     } else if (node.kind == CFG_LIST) {
       const auto &list = static_cast<const ListNode &>(node);

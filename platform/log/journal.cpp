@@ -6,9 +6,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cinttypes>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <system_error>
 
 namespace twlog {
 namespace {
@@ -44,8 +45,13 @@ class Fields {
 
 }  // namespace
 
-JournalStream::JournalStream(const char *variable) noexcept
-    : known_(variable && std::sscanf(variable, "%" SCNuMAX ":%" SCNuMAX, &device_, &inode_) == 2) {}
+JournalStream::JournalStream(const char *variable) noexcept {
+  const std::string_view text = variable ? variable : "";
+  const char *end = text.data() + text.size();
+  const auto device = std::from_chars(text.data(), end, device_);
+  if (device.ec != std::errc() || device.ptr == end || *device.ptr != ':') return;
+  known_ = std::from_chars(device.ptr + 1, end, inode_).ec == std::errc();
+}
 
 bool JournalStream::is(int fd) const noexcept {
   struct stat status;

@@ -28,9 +28,9 @@ constexpr tw::named_list lists[] = {
     {"certificate save, every record", state},
 };
 
-// The block comes from calloc() because its last owner may give it back with free().
+// The block comes from malloc() because its last owner may give it back with free().
 tw::owned_certificate new_record(cfg *store) noexcept {
-  void *block = std::calloc(1, sizeof(cfg_certificate));
+  void *block = std::malloc(sizeof(cfg_certificate));
   if (!block) return nullptr;
   tw::owned_certificate record(new (block) cfg_certificate);
   record->cfg = store;

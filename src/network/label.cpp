@@ -1,9 +1,12 @@
 #include "network/label.hpp"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string_view>
+#include <system_error>
 
 namespace {
 
@@ -24,8 +27,12 @@ bool suffix_of(const cfg_net_conn *conn, char (&suffix)[32]) noexcept {
     case CFG_NET_CONN_DHCP:
       return std::snprintf(suffix, sizeof suffix, "dhcp") > 0;
     case CFG_NET_CONN_STATIC: {
+      constexpr std::string_view front = "system_net_conns-";
+      const char *text = cfg_net_conn_get_id(conn);
+      const std::string_view id = text ? text : "";
       int number = 0;
-      return std::sscanf(cfg_net_conn_get_id(conn), "system_net_conns-%d", &number) == 1 &&
+      return id.starts_with(front) &&
+             std::from_chars(id.data() + front.size(), id.data() + id.size(), number).ec == std::errc() &&
              std::snprintf(suffix, sizeof suffix, "static%d", number) > 0;
     }
     default:

@@ -23,7 +23,30 @@ constexpr auto certificate =
 constexpr tw::load_list common({rows::name, rows::status, rows::bundle, rows::description, product,
                                 rows::mac_address, rows::fhvpn_address, rows::firmware_version, rows::model,
                                 rows::serial_number, rows::approved, certificate});
-constexpr tw::load_list tarnwell_ssh({rows::ssh_port});
+
+constexpr tw::load_list ssh({rows::ssh_port});
+
+bool load_ssh(node &record, const cfg_value &map) noexcept {
+  tw::load_within(ssh, record, map);
+  return true;
+}
+
+// A list or map of the node, read by a function of its family.
+template <bool (*Load)(node &, const cfg_value &) noexcept>
+constexpr auto nested(const char *key, cfg_kind kind, const char *function) {
+  return lenient(tw::hook_row<node>(
+      key, kind,
+      [](void *record, const cfg_value &value) { return Load(*static_cast<node *>(record), value); },
+      function));
+}
+
+// What is nested in a "tarnwell" node, but for the lists whose entries' IDs are kept.
+constexpr tw::load_list tarnwell({
+    nested<tw::load_node_users>("users", CFG_LIST, "load_node_users"),
+    nested<tw::load_node_groups>("groups", CFG_LIST, "load_node_groups"),
+    nested<tw::load_node_auth>("auth", CFG_MAP, "load_node_auth"),
+    nested<load_ssh>("ssh", CFG_MAP, "load_ssh"),
+});
 
 constexpr auto address = lenient(tw::string_row<&node::address>("address"));
 constexpr auto username = lenient(tw::string_row<&node::username>("username"));
@@ -42,12 +65,8 @@ constexpr tw::load_list generic({
 bool load_kind(node &record, cfg_elem *elem) {
   switch (tw::kind_of(record.product)) {
     case tw::product_kind::tarnwell:
-      if (!tw::load_interfaces(record, elem) || !tw::load_node_users(record, elem) ||
-          !tw::load_node_groups(record, elem) || !tw::load_node_auth(record, elem) ||
-          !tw::load_etags(record, elem))
-        return false;
-      tw::load_below(tarnwell_ssh, record, elem, "ssh");
-      return true;
+      return tw::load_interfaces(record, elem) && tw::load(tarnwell, record, elem) &&
+             tw::load_etags(record, elem);
     case tw::product_kind::credential:
       return tw::load(credential, record, elem);
     case tw::product_kind::generic:
@@ -61,9 +80,8 @@ bool load_kind(node &record, cfg_elem *elem) {
 }
 
 constexpr tw::named_list lists[] = {
-    {"node load, every product", common},
-    {"node load, tarnwell, \"ssh\"", tarnwell_ssh},
-    {"node load, credential", credential},
+    {"node load, every product", common},  {"node load, tarnwell", tarnwell},
+    {"node load, tarnwell, \"ssh\"", ssh}, {"node load, credential", credential},
     {"node load, generic", generic},
 };
 

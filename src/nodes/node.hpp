@@ -83,8 +83,8 @@ std::unique_ptr<cfg_node> load_node(cfg *store, cfg_elem *elem) noexcept;
 // Reads the entries of the list "etags" below a node's element. False without memory.
 bool load_etags(cfg_node &node, cfg_elem *elem) noexcept;
 
-// Reads the map "auth" below a node's element. False without memory.
-bool load_node_auth(cfg_node &node, cfg_elem *elem) noexcept;
+// Reads a node's map "auth". False without memory.
+bool load_node_auth(cfg_node &node, const cfg_value &map) noexcept;
 
 }  // namespace tw
 

@@ -77,9 +77,9 @@ bool store_below(const tw::store_list<node, N> &list, const node &record, cfg_el
 
 const tw::tables tw::node_auth_tables = lists;
 
-bool tw::load_node_auth(cfg_node &node, cfg_elem *elem) noexcept {
+bool tw::load_node_auth(cfg_node &node, const cfg_value &map) noexcept {
   const memory_watch memory;
-  load_below(load_auth, node, elem, "auth");
+  load_within(load_auth, node, map);
   return !memory.ran_short();
 }
 

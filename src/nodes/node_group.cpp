@@ -40,8 +40,8 @@ void store_what_can_be(const group &record, cfg *handle, cfg_elem *map) noexcept
 
 const tw::tables tw::node_group_tables = lists;
 
-bool tw::load_node_groups(cfg_node &node, cfg_elem *elem) noexcept {
-  return each_entry(elem, "groups", load_everything.keys, [&](const char *, const cfg_value *values) {
+bool tw::load_node_groups(cfg_node &node, const cfg_value &list) noexcept {
+  return each_map(node.cfg, list, load_everything.keys, [&](const cfg_value *values) {
     auto &slot = tw::add_slot(node.node_groups);
     if (!values) return true;
     slot = new_view<group>(node.cfg);

@@ -25,8 +25,8 @@ namespace tw {
 // could not be read leaves an empty slot.
 using group_slots = std::vector<std::unique_ptr<cfg_node_group>>;
 
-// Reads the entries of the list "groups" below a node's element. False without memory.
-bool load_node_groups(cfg_node &node, cfg_elem *elem) noexcept;
+// Reads the entries of a node's list "groups". False without memory.
+bool load_node_groups(cfg_node &node, const cfg_value &list) noexcept;
 
 }  // namespace tw
 

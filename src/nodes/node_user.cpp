@@ -25,8 +25,8 @@ constexpr tw::named_list lists[] = {{"node user load", everything}};
 
 const tw::tables tw::node_user_tables = lists;
 
-bool tw::load_node_users(cfg_node &node, cfg_elem *elem) noexcept {
-  return each_entry(elem, "users", everything.keys, [&](const char *, const cfg_value *values) {
+bool tw::load_node_users(cfg_node &node, const cfg_value &list) noexcept {
+  return each_map(node.cfg, list, everything.keys, [&](const cfg_value *values) {
     auto &slot = tw::add_slot(node.node_users);
     if (!values) return true;
     slot = new_view<user>(node.cfg);

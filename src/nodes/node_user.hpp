@@ -24,8 +24,8 @@ namespace tw {
 // An entry that could not be read leaves an empty slot.
 using user_slots = std::vector<std::unique_ptr<cfg_node_user>>;
 
-// Reads the entries of the list "users" below a node's element. False without memory.
-bool load_node_users(cfg_node &node, cfg_elem *elem) noexcept;
+// Reads the entries of a node's list "users". False without memory.
+bool load_node_users(cfg_node &node, const cfg_value &list) noexcept;
 
 }  // namespace tw
 

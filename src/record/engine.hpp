@@ -27,6 +27,12 @@ bool load_below(const load_list<Record, N> &list, Record &record, cfg_elem *map,
   return load_all_below(list, &record, map, child);
 }
 
+// The same from a map that was itself read as a value, of a record that keeps its handle as `cfg`.
+template <class Record, std::size_t N>
+bool load_within(const load_list<Record, N> &list, Record &record, const cfg_value &map) noexcept {
+  return load_all_within(list, &record, record.cfg, map);
+}
+
 // The same from values that were read with the list's keys.
 template <class Record, std::size_t N>
 bool load_from(const load_list<Record, N> &list, Record &record, const cfg_value *values) noexcept {

@@ -33,6 +33,25 @@ bool each_entry(cfg_elem *map, const char *key, const cfg_keyset &keys, Take tak
   return state.complete && !memory.ran_short();
 }
 
+// The same for a list that was read as a value, whose entries' IDs nobody asks for: shows `take(values)`.
+template <class Take>
+bool each_map(cfg *store, const cfg_value &list, const cfg_keyset &keys, Take take) noexcept {
+  struct reading {
+    Take take;
+    bool complete = true;
+  } state{std::move(take)};
+  const memory_watch memory;
+  cfg_value_scan_maps(
+      store, &list, &keys,
+      [](void *context, const cfg_value *values) {
+        auto &self = *static_cast<reading *>(context);
+        self.complete = guarded([&] { return static_cast<bool>(self.take(values)); });
+        return self.complete ? 1 : 0;
+      },
+      &state);
+  return state.complete && !memory.ran_short();
+}
+
 // Adds an empty slot. The lists of a record are short: the first slot makes room for a few.
 template <class Slots>
 auto &add_slot(Slots &slots) {

@@ -98,6 +98,27 @@ TEST_F(ChildRead, AScanOfACollectionGivesItsIds) {
   EXPECT_EQ(std::vector<std::string>{"nodes-1"}, entries.ids);
 }
 
+TEST_F(ChildRead, AScanWithinAScanLeavesItsIdAlone) {
+  struct scans {
+    cfg_elem *node;
+    std::vector<std::string> outer;
+    seen inner;
+  } both{node, {}, {}};
+  const auto visit = [](void *context, const char *id, const cfg_value *) {
+    auto &self = *static_cast<scans *>(context);
+    const std::string before = id;
+    EXPECT_EQ(1, cfg_child_scan(self.node, "odd.key-1", &set, seen::visit, &self.inner));
+    EXPECT_EQ(before, id);
+    self.outer.emplace_back(id);
+    return 1;
+  };
+  ASSERT_EQ(1, cfg_child_scan(node, "etags", &set, visit, &both));
+  EXPECT_EQ(ids_of(node, "etags"), both.outer);
+  EXPECT_EQ(9U, both.inner.ids.size());
+  both.inner.ids.resize(3);
+  EXPECT_EQ(ids_of(node, "odd.key-1"), both.inner.ids);
+}
+
 TEST_F(ChildRead, AScanSeesTheEditAsListReadsDo) {
   cfg_elem *etags = cfg_simple_get_mapelem(store.get(), node, "etags");
   ASSERT_TRUE(cfg_delete_element(store.get(), cfg_simple_get_listelem(store.get(), etags, 1)));

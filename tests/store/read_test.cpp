@@ -155,6 +155,23 @@ std::vector<std::string> texts_in(cfg *store, const cfg_value &list) {
   return texts;
 }
 
+// The "name" of a list's entries in order; "-" stands for an entry that is no map.
+std::vector<std::string> names_in(cfg *store, const cfg_value &list) {
+  static const char *const name[] = {"name"};
+  static const cfg_keyset set{name, 1};
+  std::vector<std::string> names;
+  EXPECT_EQ(cfg_value_scan_maps(
+                store, &list, &set,
+                [](void *context, const cfg_value *values) {
+                  static_cast<std::vector<std::string> *>(context)->push_back(
+                      values == nullptr ? "-" : std::string(values[0].data, values[0].length));
+                  return 1;
+                },
+                &names),
+            1);
+  return names;
+}
+
 }  // namespace
 
 TEST_P(ReadTest, AMapThatWasReadAsAValueIsReadFurther) {
@@ -214,6 +231,49 @@ TEST_P(ReadTest, AListThatWasReadAsAValueShowsWhatListReadsShow) {
   EXPECT_EQ(texts_in(store, inner_of(node)), expected);
 }
 
+TEST_P(ReadTest, TheMapsOfAListValueAreReadWithAKeySet) {
+  append_named(store, make_list(store, "nodes"), "node");
+  ASSERT_TRUE(commits(store));
+  cfg_elem *node = cfg_get_by_id(store, "nodes-1");
+  ASSERT_NE(put_list(store, node, "inner"), nullptr);
+  std::vector<std::string> expected;
+  // The last round is long enough for a list with records of its own.
+  for (const std::size_t size : {0U, 1U, 3U, 200U}) {
+    cfg_elem *list = cfg_simple_get_mapelem(store, node, "inner");
+    while (expected.size() < size) {
+      expected.push_back("the name of entry " + std::to_string(expected.size()));
+      ASSERT_NE(append_named(store, list, expected.back().c_str()), nullptr);
+    }
+    ASSERT_TRUE(commits(store));
+    EXPECT_EQ(names_in(store, inner_of(node)), expected);
+    reopen();
+    node = cfg_get_by_id(store, "nodes-1");
+    EXPECT_EQ(names_in(store, inner_of(node)), expected);
+  }
+  cfg_elem *list = cfg_simple_get_mapelem(store, node, "inner");
+  ASSERT_EQ(cfg_delete_element(store, cfg_simple_get_listelem(store, list, 1)), 1);
+  ASSERT_EQ(cfg_map_set_string(store, cfg_simple_get_listelem(store, list, 0), "name", "changed"), 1);
+  ASSERT_EQ(cfg_add_listelem(store, list, cfg_new_string(store, "no map")), 1);
+  ASSERT_NE(append_named(store, list, "pending"), nullptr);
+  expected.erase(expected.begin() + 1);
+  expected.front() = "changed";
+  expected.push_back("-");
+  EXPECT_EQ(names_in(store, inner_of(node)), expected);
+}
+
+TEST_P(ReadTest, AScanOfAListValuesMapsEndsWhenTheVisitorSaysSo) {
+  cfg_elem *list = put_list(store, make_map(store, "outer"), "inner");
+  for (const char *name : {"a", "b", "c"}) ASSERT_NE(append_named(store, list, name), nullptr);
+  ASSERT_TRUE(commits(store));
+  const cfg_value value = inner_of(cfg_get_by_path(store, "outer"));
+  int calls = 0;
+  const auto second = [](void *context, const cfg_value *) {
+    return ++*static_cast<int *>(context) < 2 ? 1 : 0;
+  };
+  EXPECT_EQ(cfg_value_scan_maps(store, &value, &keys(), second, &calls), 1);
+  EXPECT_EQ(calls, 2);
+}
+
 TEST_P(ReadTest, AScanOfAListValueEndsWhenTheVisitorSaysSo) {
   cfg_elem *map = make_map(store, "outer");
   cfg_elem *list = put_list(store, map, "inner");
@@ -262,6 +322,12 @@ TEST_P(ReadTest, AValueThatIsNoMapOrListIsNotReadFurther) {
     EXPECT_EQ(cfg_value_scan(store, wrong, visit, nullptr), 0);
   for (const cfg_value *wrong : {&none, &number, &placeless, &placeless_list})
     EXPECT_EQ(cfg_value_entries(store, wrong, values, 3), -1);
+  for (const cfg_value *wrong : {&none, &number, &placeless, &placeless_list})
+    EXPECT_EQ(cfg_value_scan_maps(store, wrong, &keys(), visit, nullptr), 0);
+  EXPECT_EQ(cfg_value_scan_maps(nullptr, &list, &keys(), visit, nullptr), 0);
+  EXPECT_EQ(cfg_value_scan_maps(store, nullptr, &keys(), visit, nullptr), 0);
+  EXPECT_EQ(cfg_value_scan_maps(store, &list, nullptr, visit, nullptr), 0);
+  EXPECT_EQ(cfg_value_scan_maps(store, &list, &keys(), nullptr, nullptr), 0);
   EXPECT_EQ(cfg_value_entries(nullptr, &list, values, 3), -1);
   EXPECT_EQ(cfg_value_entries(store, nullptr, values, 3), -1);
   EXPECT_EQ(cfg_value_entries(store, &list, nullptr, 3), -1);

@@ -198,6 +198,26 @@ void value_scan(EngineKind engine) {
       shown);
 }
 
+void value_scan_maps(EngineKind engine) {
+  static constexpr const char *nodes_key[] = {"nodes"};
+  everywhere(
+      engine, ".",
+      [](World &w) {
+        Shown got;
+        cfg_value place{};
+        const auto take = [](void *context, const cfg_value *values) {
+          auto *shown = static_cast<Shown *>(context);
+          ++shown->entries;
+          if (values != nullptr) add_values(*shown, values);
+          return 1;
+        };
+        got.done =
+            read_place(w, nodes_key, &place) && cfg_value_scan_maps(w.store, &place, &kSet, take, &got);
+        return got;
+      },
+      shown);
+}
+
 void value_entries(EngineKind engine) {
   static constexpr const char *labels_key[] = {"labels"};
   everywhere(
@@ -239,7 +259,7 @@ const Case rows[] = {
     {"cfg_value_entries", value_entries}, {"cfg_list_find", list_find},
     {"cfg_list_scan", list_scan},         {"cfg_map_has", map_has},
     {"cfg_map_read", map_read},           {"cfg_value_read", value_read},
-    {"cfg_value_scan", value_scan},
+    {"cfg_value_scan", value_scan},       {"cfg_value_scan_maps", value_scan_maps},
 };
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "options.hpp"
+#include "cli/options.hpp"
 
 namespace twctl {
 

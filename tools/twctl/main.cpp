@@ -2,15 +2,16 @@
 #include <fmt/format.h>
 
 #include <clocale>
+#include <cstdio>
 #include <exception>
 #include <functional>
 
+#include "cli/failure.hpp"
+#include "cli/manual.hpp"
+#include "cli/output.hpp"
+#include "cli/text.hpp"
+#include "cli/usage.hpp"
 #include "commands.hpp"
-#include "failure.hpp"
-#include "manual.hpp"
-#include "output.hpp"
-#include "text.hpp"
-#include "usage.hpp"
 
 namespace {
 
@@ -97,10 +98,7 @@ int run(CLI::App &program, const options &opts, int argc, char **argv) {
   }
 }
 
-}  // namespace
-
-int main(int argc, char **argv) {
-  std::setlocale(LC_CTYPE, "C.UTF-8");  // names are UTF-8 whatever the terminal's language
+int run(int argc, char **argv) {
   options opts;
   CLI::App program("The appliance's configuration from the command line.", "twctl");
   program.footer(footer);
@@ -118,4 +116,16 @@ int main(int argc, char **argv) {
   name_parts(program);
   program.parse_complete_callback([&] { opts.command = command_of(program); });
   return run(program, opts, argc, argv);
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  std::setlocale(LC_CTYPE, "C.UTF-8");  // names are UTF-8 whatever the terminal's language
+  try {
+    return run(argc, argv);
+  } catch (...) {  // before there are options by which a failure could be told
+    fputs("twctl: cannot begin: out of memory\n", stderr);
+    return static_cast<int>(exit_code::failure);
+  }
 }

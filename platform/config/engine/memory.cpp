@@ -158,7 +158,7 @@ class MemoryEngine final : public Engine {
   }
 
   Failure status(cfg_status_info &out) override {
-    if (const Failure failure = refused()) return failure;
+    if (Failure failure = refused()) return failure;
     PersistentMap map = current();
     MemoryTable table(map);
     out = {};
@@ -172,7 +172,7 @@ class MemoryEngine final : public Engine {
   }
 
   Failure verify(const Problem &problem) override {
-    if (const Failure failure = refused()) return failure;
+    if (Failure failure = refused()) return failure;
     PersistentMap map = current();
     MemoryTable table(map);
     check_records(table, problem);

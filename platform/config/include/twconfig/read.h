@@ -57,6 +57,19 @@ typedef int (*cfg_value_visitor)(void *context, const cfg_value *entry);
 CFG_API int cfg_value_scan(cfg *store, const cfg_value *list, cfg_value_visitor visit,
                            void *context) CFG_NOEXCEPT;
 
+/**
+ * Called with the values of each entry of a list, NULL for an entry that is no map. Returns 0 to end the
+ * scan.
+ */
+typedef int (*cfg_map_visitor)(void *context, const cfg_value *values);
+/**
+ * Reads a key set from every committed entry of a list that was itself read as a value, in list order, making
+ * no handles. The visitor must not change the store. 1 when every entry was visited or the visitor ended it,
+ * 0 when it is no list.
+ */
+CFG_API int cfg_value_scan_maps(cfg *store, const cfg_value *list, const cfg_keyset *set,
+                                cfg_map_visitor visit, void *context) CFG_NOEXCEPT;
+
 /** 1 when the map holds the key; makes no handle for it. */
 CFG_API int cfg_map_has(cfg_elem *map, const char *key) CFG_NOEXCEPT;
 
