@@ -183,7 +183,10 @@ inline PackedMap::PackedMap(const Packed &node, Shapes &shapes, Snapshot &snapsh
   width_ = node.wide() ? 4 : 2;
   slots_ = node.at + 5;
   head_ = 5 + offsets * width_;
-  if (node.has(node.at, head_)) node_ = node;
+  if (node.has(node.at, head_))
+    node_ = node;
+  else
+    shape_ = nullptr;  // no form to go on from
 }
 
 inline bool PackedMap::follow(const Packed &node) {

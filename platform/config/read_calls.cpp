@@ -51,10 +51,7 @@ class KeyReader {
     const std::size_t count = set_.count;
     if (!map_.follow(map.stored)) {
       map_ = PackedMap(map.stored, store_.shapes, *store_.snapshot);
-      if (!map_) {
-        map_ = {};  // no form to go on from
-        return false;
-      }
+      if (!map_) return false;
       if (map_.shape() == nullptr) {
         read_spelled(map_, values);
         return true;

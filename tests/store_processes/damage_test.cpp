@@ -175,3 +175,50 @@ TEST_F(Damage, MostDamageIsSurvivedByThoseWhoDoNotVerify) {
   print("without verifying", tally);
   EXPECT_LE(signals_in(tally), 10);
 }
+
+// A map whose keys would not fit its record has no values, and what is read behind it does not suffer.
+TEST(DamagedMap, OfAnyShapeLeavesTheOthersReadable) {
+  static constexpr const char *names[] = {"name", "key 7"};
+  static constexpr cfg_keyset keys{names, 2};
+  const std::string marker = "the name of the entry that is damaged";
+  const Scratch scratch;
+  const std::string path = scratch.store();
+  {
+    const Opened store = open_store(path, CFG_OPEN_CREATE);
+    commit_now(store.get(), [&](cfg *edit) {
+      cfg_elem *list = cfg_new_list(edit), *small = cfg_new_map(edit), *large = cfg_new_map(edit);
+      bool done = cfg_add_mapelem(edit, cfg_root(edit), "entries", list) &&
+                  cfg_add_listelem(edit, list, small) && cfg_add_listelem(edit, list, large) &&
+                  cfg_map_set_string(edit, small, "name", marker.c_str()) &&
+                  cfg_map_set_string(edit, large, "name", "sound");
+      for (int i = 0; i < 60; ++i)
+        done = done && cfg_map_set_int(edit, large, ("key " + std::to_string(i)).c_str(), i);
+      return done;
+    });
+  }
+  const std::string sound = read_file(data_file(path));
+  // In front of a map's only value stand its length (2), kind (1) and offset (2), and in front of these the
+  // number of the shape (4).
+  constexpr size_t shape_to_text = 9;
+  for (char shape = 0; shape < 8; ++shape) {
+    std::string bytes = sound;
+    size_t changed = 0;
+    for (size_t at = bytes.find(marker); at != std::string::npos; at = bytes.find(marker, at + 1), ++changed)
+      bytes[at - shape_to_text] = shape;
+    ASSERT_GT(changed, 0U);
+    remove_other_files(path);
+    write_file(data_file(path), bytes);
+    const std::string outcome = in_child([&path]() -> std::string {
+      const Opened store(cfg_open(path.c_str(), 0, nullptr));
+      std::string read;
+      const auto visit = [](void *context, int32_t, const cfg_value *values) {
+        const bool has_name = values[0].kind == CFG_STRING;
+        static_cast<std::string *>(context)->append(has_name ? values[0].data : "-").append(";");
+        return 1;
+      };
+      cfg_list_scan(cfg_get_by_path(store.get(), "entries"), &keys, visit, &read);
+      return read.substr(read.find(';') + 1);
+    });
+    EXPECT_EQ(outcome, "sound;") << "shape " << int{shape};
+  }
+}
