@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -17,8 +18,8 @@ class RecordBuffer {
   // Begins a record, in the place of the last one unless this was kept.
   void begin() { at_ = begin_; }
   // The finished record, valid as long as the buffer.
-  std::string_view keep() {
-    const std::string_view kept(begin_, size());
+  std::span<char> keep() {
+    const std::span<char> kept(begin_, size());
     begin_ = at_;
     return kept;
   }
