@@ -24,6 +24,7 @@ class RecordBuffer {
     return kept;
   }
 
+  std::string_view record() const { return {begin_, size()}; }
   std::size_t size() const { return static_cast<std::size_t>(at_ - begin_); }
   // Adds `count` bytes to the record, which the caller fills at once.
   char *extend(std::size_t count) {

@@ -23,6 +23,12 @@ class RecordWriter {
     out_.put(kRecordFormat);
     out_.put(static_cast<std::uint8_t>(wide ? 1 : 0));
   }
+  // Begins a record as a copy of another one.
+  void begin_with(std::string_view record) {
+    begin((record[1] & 1) != 0);
+    out_.append(record.substr(kRecordHeader));
+  }
+  std::string_view record() const { return out_.record(); }
   std::size_t size() const { return out_.size(); }
   // Whether an offset was too large to be written. What is put down then means nothing.
   bool overflow() const { return overflow_; }
@@ -77,11 +83,18 @@ class RecordWriter {
   }
   void boolean(bool value) { out_.put(value ? kTagTrue : kTagFalse); }
 
-  // What reference() writes for an ID, to memory that has room for it; gives where it ends.
+  // ---- What is settled later ----
+
+  // Room for something.
+  void leave(std::size_t bytes) { out_.extend(bytes); }
+  // What reference() writes for an ID of this length, and writing it to such room.
   static constexpr std::size_t reference_size(std::size_t id) { return 1 + sizeof(std::uint16_t) + id + 1; }
-  static char *put_reference(char *to, std::string_view id) {
-    return put_bytes<std::uint16_t>(to, kTagReference, id);
+  static void put_reference(char *to, std::string_view id) {
+    put_bytes<std::uint16_t>(to, kTagReference, id);
   }
+  // Gives the map at an address, or at an offset of the record, another shape.
+  static void put_shape(char *map, std::uint32_t shape) { std::memcpy(map + 1, &shape, sizeof shape); }
+  void set_shape(std::size_t map, std::uint32_t shape) { out_.set(map + 1, shape); }
 
  private:
   std::size_t slots(std::size_t bytes) {
@@ -93,13 +106,11 @@ class RecordWriter {
     put_bytes<Length>(out_.extend(1 + sizeof(Length) + data.size() + 1), tag, data);
   }
   template <class Length>
-  static char *put_bytes(char *to, Tag tag, std::string_view data) {
+  static void put_bytes(char *to, Tag tag, std::string_view data) {
     const auto length = static_cast<Length>(data.size());
     *to = static_cast<char>(tag);
     std::memcpy(to + 1, &length, sizeof length);
-    char *end = std::copy(data.begin(), data.end(), to + 1 + sizeof length);
-    *end = '\0';
-    return end + 1;
+    *std::copy(data.begin(), data.end(), to + 1 + sizeof length) = '\0';
   }
 
   RecordBuffer &out_;

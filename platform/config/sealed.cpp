@@ -9,14 +9,8 @@
 namespace twcfg {
 namespace {
 
-// What is larger, or refers to more new elements, is kept as nodes: all offsets must fit, however long the
-// final IDs are.
+// What is larger is kept as nodes.
 constexpr std::size_t kMaxSealed = 0x8000;
-constexpr std::size_t kMaxLinks = 7;
-static_assert(kMaxSealed + kMaxLinks * RecordWriter::reference_size(kMaxId) <= 0xffff);
-
-// Room for a final ID: most are shorter than the provisional one.
-constexpr std::size_t kIdRoom = 64;
 
 std::string_view data_of(const cfg_content &content) { return {content.data, content.length}; }
 
@@ -36,23 +30,20 @@ MapNode *Seals::seal(Store &store, const cfg_content &content) {
   largest_list_ = 0;
   writer_.begin(false);
   if (!map(store, content, false)) return nullptr;
-  const std::size_t size = writer_.size();
   // A record beyond its target gives lists away, which is decided when it is packed from nodes.
-  if (size > kMaxSealed || (size > kRecordTarget && largest_list_ > kWorthMoving)) return nullptr;
+  if (writer_.size() > kRecordTarget && largest_list_ > kWorthMoving) return nullptr;
 
-  MapNode *node = store.editing().nodes.map();
-  auto *sealed = new (notes_.take(sizeof(Sealed), alignof(Sealed))) Sealed{};
-  std::size_t room = 0;
+  std::size_t opened = writer_.size();
   for (Sealed::Link &link : links_) {
     link.id = notes_.copy(link.id);
-    room += RecordWriter::reference_size(std::max(link.id.size(), kIdRoom));
+    opened += RecordWriter::reference_size(link.id.size());
   }
-  records_.extend(room);
-  sealed->size = static_cast<std::uint32_t>(size);
-  sealed->room = static_cast<std::uint32_t>(room);
+  if (opened > 0xffff) return nullptr;  // open() could not do it
+  MapNode *node = store.editing().nodes.map();
+  auto *sealed = new (notes_.take(sizeof(Sealed), alignof(Sealed))) Sealed;
   sealed->marks = kept(notes_, marks_);
   sealed->links = kept(notes_, links_);
-  sealed->bytes = records_.keep().data();
+  sealed->bytes = records_.keep();
   node->sealed = sealed;
   return node;
 }
@@ -61,7 +52,7 @@ MapNode *Seals::seal(Store &store, const cfg_content &content) {
 bool Seals::map(Store &store, const cfg_content &content, bool inner) {
   const ContentForm &form = form_of(store, content);
   if (!form.closed) return false;
-  marks_.push_back({static_cast<std::uint32_t>(writer_.size() + 1), form.shape});
+  marks_.push_back({static_cast<std::uint32_t>(writer_.size()), form.shape});
   const std::size_t first = writer_.map(kTagMap, numbers_[form.shape], form.places.size());
   for (const ContentForm::Place &place : form.places) {
     const cfg_content &item = content.items[place.item];
@@ -86,10 +77,6 @@ bool Seals::list(Store &store, const cfg_content &content) {
 bool Seals::value(Store &store, const cfg_content &content, std::size_t slot, bool inner) {
   // Values of megabytes are not copied to find out that they are too large.
   if (writer_.size() + content.length > kMaxSealed) return false;
-  if (content.kind == CFG_REFERENCE && is_provisional(data_of(content))) {
-    links_.push_back({static_cast<std::uint32_t>(slot), data_of(content)});
-    return links_.size() <= kMaxLinks;
-  }
   writer_.point(slot);
   switch (content.kind) {
     case CFG_MAP:
@@ -100,8 +87,7 @@ bool Seals::value(Store &store, const cfg_content &content, std::size_t slot, bo
       writer_.string(data_of(content));
       break;
     case CFG_REFERENCE:
-      writer_.reference(data_of(content));
-      break;
+      return reference(store, data_of(content), slot);
     case CFG_INT:
       writer_.integer(content.number);
       break;
@@ -112,6 +98,35 @@ bool Seals::value(Store &store, const cfg_content &content, std::size_t slot, bo
       writer_.blob(data_of(content));
   }
   return true;
+}
+
+bool Seals::reference(Store &store, std::string_view id, std::size_t slot) {
+  if (is_provisional(id)) {
+    const std::uint32_t length = guess_length(store, id);
+    if (length == 0) return false;
+    links_.push_back(
+        {static_cast<std::uint32_t>(slot), static_cast<std::uint32_t>(writer_.size()), length, id});
+    writer_.leave(RecordWriter::reference_size(length));
+  } else {
+    writer_.reference(id);
+  }
+  return true;
+}
+
+// References mostly go to the entry that was appended last, to a list whose entries are records of their own.
+std::uint32_t Seals::guess_length(Store &store, std::string_view id) {
+  const Node *node = new_element(store, id);
+  const ListNode *list = node == nullptr ? nullptr : as_list(node->parent);
+  if (list == nullptr || list->distant == 0) return 0;
+  if (list != target_) {
+    ListHead head;
+    if (!read_list_head(store.snapshot->get(head_key(list->distant)).bytes, head)) return 0;
+    target_ = list;
+    target_next_ = head.next;
+    target_length_ = static_cast<std::uint32_t>(flatten(list->head->id()).size() + 1);
+  }
+  const std::size_t last = target_next_ + list->added.size() + list->future.size() - 1;
+  return target_length_ + static_cast<std::uint32_t>(std::to_string(last).size());
 }
 
 const ContentForm &Seals::form_of(Store &store, const cfg_content &map) {
@@ -165,11 +180,11 @@ void Seals::make_form(Store &store, const std::vector<const KeyName *> &names, s
 
   form.shape = shapes_.own(keys).number();
   while (numbers_.size() < shapes_.size())
-    numbers_.push_back(guess(store, shapes_[static_cast<std::uint32_t>(numbers_.size())].keys()));
+    numbers_.push_back(guess_number(store, shapes_[static_cast<std::uint32_t>(numbers_.size())].keys()));
   forms_.push_back(std::move(form));
 }
 
-std::uint32_t Seals::guess(Store &store, const std::vector<const KeyName *> &keys) {
+std::uint32_t Seals::guess_number(Store &store, const std::vector<const KeyName *> &keys) {
   if (const Shape *stored = store.shapes.find(keys, *store.snapshot)) return stored->number();
   if (!guessing_) {
     ListHead counters;
@@ -191,37 +206,19 @@ void Seals::settle(Plan &plan) {
   }
 }
 
-namespace {
-
-template <class Number>
-void put_raw(char *at, Number value) {
-  std::memcpy(at, &value, sizeof value);
-}
-
-// Puts a reference behind what a record holds so far, which then ends at the result; 0 without room for it.
-std::uint32_t append_link(const Sealed &sealed, const Sealed::Link &link, std::uint32_t end,
-                          std::string_view id) {
-  const std::size_t size = RecordWriter::reference_size(id.size());
-  if (end + size > std::size_t{sealed.size} + sealed.room) return 0;
-  put_raw(sealed.bytes + link.slot, static_cast<std::uint16_t>(end));
-  RecordWriter::put_reference(sealed.bytes + end, id);
-  return end + static_cast<std::uint32_t>(size);
-}
-
-}  // namespace
-
 std::string_view Seals::finish(Plan &plan, const Sealed &sealed) const {
   if (spelled_) return {};
+  char *const bytes = sealed.bytes.data();
   if (guesses_failed_) {
-    for (const Sealed::Mark &mark : sealed.marks) put_raw(sealed.bytes + mark.at, numbers_[mark.shape]);
+    for (const Sealed::Mark &mark : sealed.marks)
+      RecordWriter::put_shape(bytes + mark.at, numbers_[mark.shape]);
   }
-  std::uint32_t end = sealed.size;
   for (const Sealed::Link &link : sealed.links) {
     const std::string final = plan.final_reference(link.id);
-    end = append_link(sealed, link, end, final.empty() ? link.id : std::string_view(final));
-    if (end == 0) return {};
+    if (final.size() != link.length) return {};
+    RecordWriter::put_reference(bytes + link.at, final);
   }
-  return {sealed.bytes, end};
+  return {bytes, sealed.bytes.size()};
 }
 
 namespace {
@@ -251,11 +248,16 @@ void make_new(Store &store, Node *node) {
 
 void Seals::open(Store &store, MapNode &map) {
   const Sealed &sealed = *map.sealed;
-  for (const Sealed::Mark &mark : sealed.marks) put_raw(sealed.bytes + mark.at, mark.shape);
-  std::uint32_t end = sealed.size;
-  for (const Sealed::Link &link : sealed.links) end = append_link(sealed, link, end, link.id);
+  // A copy that can be read: with shapes that are known here, and with provisional IDs, for which there is
+  // room only behind it.
+  writer_.begin_with({sealed.bytes.data(), sealed.bytes.size()});
+  for (const Sealed::Mark &mark : sealed.marks) writer_.set_shape(mark.at, mark.shape);
+  for (const Sealed::Link &link : sealed.links) {
+    writer_.point(link.slot);
+    writer_.reference(link.id);
+  }
   Unpacker unpacker(store.editing().nodes, shapes_, store.names, *store.snapshot);
-  MapNode *nodes = as_map(unpacker.unpack(packed_record({sealed.bytes, end})));
+  MapNode *nodes = as_map(unpacker.unpack(packed_record(writer_.record())));
   make_new(store, nodes);
   for (const MapItem &item : nodes->items) item.node->parent = &map;
   map.items.swap(nodes->items);

@@ -6,9 +6,9 @@
 // its handle (bound() in heads.cpp). Its list, the commit log and the plan of a commit need not know.
 //
 // Two things are not known before the commit and are put into the record then, in place: the numbers of
-// shapes that the store does not have yet, for which there is a guess that mostly comes true, and the final
-// IDs of new elements that it refers to. A refused commit may leave other ones there than the next will
-// want; so a sealed record is never read as it stands.
+// shapes that the store does not have yet, and the final IDs of new elements that it refers to. For the
+// numbers and for the length of the IDs there are guesses, which mostly come true. A refused commit may
+// leave other ones there than the next will want; so a sealed record is never read as it stands.
 #pragma once
 
 #include <cstdint>
@@ -29,16 +29,16 @@ class Plan;
 
 struct Sealed {
   struct Mark {
-    std::uint32_t at;     // where a map's shape stands
+    std::uint32_t at;     // where a map stands
     std::uint32_t shape;  // the edit's own number of it
   };
   struct Link {
-    std::uint32_t slot;   // where the offset of a reference stands
-    std::string_view id;  // of a new element
+    std::uint32_t slot;    // where the offset of a reference stands
+    std::uint32_t at;      // where the reference stands, with room for
+    std::uint32_t length;  // as many bytes of a final ID
+    std::string_view id;   // the provisional one
   };
-  char *bytes;
-  std::uint32_t size;  // without the references of `links`, which are put behind it
-  std::uint32_t room;  // bytes for these
+  std::span<char> bytes;
   std::span<const Mark> marks;
   std::span<const Link> links;
 };
@@ -74,10 +74,12 @@ class Seals {
   const ContentForm &form_of(::cfg &store, const cfg_content &map);
   void make_form(::cfg &store, const std::vector<const KeyName *> &names, std::uint64_t present,
                  std::uint64_t nested);
-  std::uint32_t guess(::cfg &store, const std::vector<const KeyName *> &keys);
+  std::uint32_t guess_number(::cfg &store, const std::vector<const KeyName *> &keys);
+  std::uint32_t guess_length(::cfg &store, std::string_view id);  // 0 without a guess
   bool map(::cfg &store, const cfg_content &content, bool inner);
   bool list(::cfg &store, const cfg_content &content);
   bool value(::cfg &store, const cfg_content &content, std::size_t slot, bool inner);
+  bool reference(::cfg &store, std::string_view id, std::size_t slot);
 
   const std::uint64_t edit_;  // number of the edit
   // The shapes of sealed maps under the edit's own numbers, and the number that each has in the records.
@@ -87,6 +89,10 @@ class Seals {
   bool guessing_ = false;        // whether `next_guess_` is one
   bool guesses_failed_ = false;  // numbers have changed since records were put down with them
   bool spelled_ = false;         // the store has no number left for one of them
+  // Of the list that was last referred to: the next number, and the length of its entries' IDs without it.
+  const ListNode *target_ = nullptr;
+  std::uint32_t target_next_ = 0;
+  std::uint32_t target_length_ = 0;
 
   Arena notes_{Contents::plain};   // what is kept of each record besides its bytes
   std::deque<ContentForm> forms_;  // where they stay: key sets remember them
