@@ -375,7 +375,7 @@ Head *entry_of(Head *list, std::uint32_t number) {
 }
 
 Head *head_by_id(Store &store, std::string_view id) {
-  const std::uint64_t hash = std::hash<std::string_view>{}(id);
+  const std::uint64_t hash = hash_of_id(id);
   if (Head *known = store.by_id.find(hash, [&](const Head &head) { return id == head.id(); }))
     return bound(known);
   if (id.empty() || id.size() > kMaxId) return nullptr;

@@ -85,6 +85,7 @@ struct cfg {
   twcfg::Head *root = nullptr;
   twcfg::HeadTable children;        // by holder and step
   twcfg::HeadTable by_id;           // those that were looked up, by the text of their ID
+  std::uint64_t expected = 0;       // hash of the ID that cfg_expect() told last
   std::string nonce;                // front of this handle's provisional IDs
   std::vector<twcfg::Head *> born;  // every new element, by the number in its ID
   twcfg::KeysetTable keysets;
@@ -159,6 +160,9 @@ Head *child_of(Head *map, std::string_view key);
 Head *entry_of(Head *list, std::uint32_t number);
 Head *head_of(Head *holder, Node *node);  // of a node below a bound holder
 Head *head_by_id(Store &store, std::string_view id);
+inline std::uint64_t hash_of_id(std::string_view id) {
+  return std::hash<std::string_view>{}(id);
+}  // in `by_id`
 // The list whose entries' IDs begin with `front`: "nodes", or "nodes-12_ports" for one inside an entry.
 Head *list_by_front(Store &store, std::string_view front);
 Head *new_head(Store &store, Node *node);
