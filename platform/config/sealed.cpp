@@ -50,6 +50,7 @@ MapNode *Seals::seal(Store &store, const cfg_content &content) {
 
 // `inner` is a map below a key: the lists in it would have to be held against those of its owner by name.
 bool Seals::map(Store &store, const cfg_content &content, bool inner) {
+  if (content.keys->count > kMaxShapeKeys) return false;
   const ContentForm &form = form_of(store, content);
   if (!form.closed) return false;
   marks_.push_back({static_cast<std::uint32_t>(writer_.size()), form.shape});
@@ -130,9 +131,7 @@ std::uint32_t Seals::guess_length(Store &store, std::string_view id) {
 }
 
 const ContentForm &Seals::form_of(Store &store, const cfg_content &map) {
-  static const ContentForm spelled{};  // more keys than a shape has
   const cfg_keyset &set = *map.keys;
-  if (set.count > kMaxShapeKeys) return spelled;
   std::uint64_t present = 0;
   std::uint64_t nested = 0;
   for (std::size_t i = 0; i < set.count; ++i) {
