@@ -194,12 +194,12 @@ TEST_P(ContentTest, KeysWithDotsAndOtherSigns) {
 
 TEST_P(ContentTest, TextsAndBlobsAroundSixtyFourKibibytes) {
   std::vector<Recipe> recipes;
-  for (const std::size_t size : {65534U, 65535U, 65536U, 70000U}) {
-    recipes.push_back(text(std::string(size, 't')));
+  for (const std::size_t size : {65535U, 65536U, 70000U}) {
     recipes.push_back(map_of({{"text", text(std::string(size, 'u'))}, {"n", integer(1)}}));
-    recipes.push_back(
-        map_of({{"blob", blob(bytes_of(size))}, {"list", list_of({text(std::string(size, 'v'))})}}));
+    recipes.push_back(map_of({{"list", list_of({text(std::string(size, 'v'))})}}));
   }
+  recipes.push_back(text(std::string(65536, 't')));
+  recipes.push_back(map_of({{"blob", blob(bytes_of(65536))}}));
   expect_alike_everywhere(recipes);
 }
 

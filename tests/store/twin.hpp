@@ -44,7 +44,9 @@ class TwinTest : public StoreTest {
   Filler whole, single;
 };
 
-// An edit in words, in which provisional IDs, which differ from store to store, read as "{}".
+// Provisional IDs, which differ from store to store, read as "{}".
+std::string without_provisional_ids(std::string text);
+// An edit in words, without such IDs.
 std::string edit_text(cfg *store);
 // What a commit did, in words.
 std::string log_text(cfg *store, std::uint64_t revision);
