@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstring>
 
 namespace {
 
@@ -114,10 +115,16 @@ TEST_P(ContentRefusalTest, WithoutAHandleAPlaceOrAContent) {
   EXPECT_EQ(cfg_has_changes(store), 0);
 }
 
-TEST_P(ContentRefusalTest, KindsThatAreNone) {
-  expect_refused_anywhere({}, CFG_E_ARGUMENT);
-  for (const int kind : {99, -1, 8})
-    expect_refused_anywhere(of(static_cast<cfg_kind>(kind), "x", 1), CFG_E_ARGUMENT);
+TEST_P(ContentRefusalTest, NoElement) { expect_refused_anywhere({}, CFG_E_ARGUMENT); }
+
+// As a caller in C may come to have them.
+TEST_P(ContentRefusalTest, NumbersThatAreNoKind) {
+  for (const int number : {99, -1, 8}) {
+    cfg_content content = of(CFG_STRING, "x", 1);
+    static_assert(sizeof content.kind == sizeof number);
+    std::memcpy(&content.kind, &number, sizeof number);
+    expect_refused_anywhere(content, CFG_E_ARGUMENT);
+  }
 }
 
 TEST_P(ContentRefusalTest, MapsWithoutKeysOrItems) {
