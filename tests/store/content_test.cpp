@@ -332,7 +332,7 @@ TEST_P(ContentTest, WhatIsGivenIsCopied) {
   }
 }
 
-// Keys of texts end where their length says, not at a NUL.
+// Where it ends is said by its length: no NUL need follow.
 TEST_P(ContentTest, ATextIsAsLongAsItIsSaidToBe) {
   const char letters[] = "abcdef";
   const cfg_content items[] = {{CFG_STRING, 0, letters, 3, nullptr, nullptr},
