@@ -14,6 +14,7 @@ class Checker {
 
   // The levels of a content that stands so deep in what is checked; 0 when something in it cannot be.
   int height(const cfg_content &content, int depth) {
+    if (!known(content)) return store_.fail(CFG_E_ARGUMENT, "an element is of no known kind");
     if (content.kind != CFG_MAP && content.kind != CFG_LIST) return scalar(content) ? 1 : 0;
     if (depth == kMaxDepth) return store_.fail(CFG_E_LIMIT, "elements are nested too deep");
     const bool is_map = content.kind == CFG_MAP;
@@ -24,7 +25,7 @@ class Checker {
       return store_.fail(CFG_E_ARGUMENT, "the items of a map or list are missing");
     int below = 0;
     for (const cfg_content *item = content.items; item != content.items + count; ++item) {
-      if (is_map && item->kind == CFG_NONE) continue;
+      if (is_map && known(*item) && item->kind == CFG_NONE) continue;
       const int levels = height(*item, depth + 1);
       if (levels == 0) return 0;
       below = std::max(below, levels);
@@ -33,6 +34,14 @@ class Checker {
   }
 
  private:
+  // What callers in C give is no enumerator for certain.
+  static bool known(const cfg_content &content) {
+    int kind = 0;
+    static_assert(sizeof kind == sizeof content.kind);
+    std::memcpy(&kind, &content.kind, sizeof kind);
+    return kind >= CFG_NONE && kind <= CFG_REFERENCE;
+  }
+
   bool keys(const cfg_keyset *set) {
     if (set == nullptr || (set->keys == nullptr && set->count > 0))
       return store_.fail(CFG_E_ARGUMENT, "the keys of a map are missing") != 0;
@@ -68,7 +77,7 @@ class Checker {
       case CFG_BLOB:
         break;
       default:
-        return store_.fail(CFG_E_ARGUMENT, "an element is of no known kind") != 0;
+        return store_.fail(CFG_E_ARGUMENT, "an element has no kind") != 0;
     }
     if (content.data == nullptr) return store_.fail(CFG_E_ARGUMENT, "a value is missing") != 0;
     if (content.length > (content.kind == CFG_REFERENCE ? kMaxId : kMaxValue))

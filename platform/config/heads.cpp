@@ -216,9 +216,8 @@ Head *born_head(Store &store, std::string_view id) {
 }
 
 Head *born_by_id(Store &store, std::string_view id) {
-  const std::size_t close = id.find('}');
-  if (close == std::string_view::npos) return nullptr;
-  return below(bound(born_head(store, id.substr(0, close + 1))), id.substr(close + 1));
+  const std::size_t end = std::min(id.find('}'), id.size() - 1) + 1;
+  return below(bound(born_head(store, id.substr(0, end))), id.substr(end));
 }
 
 }  // namespace
@@ -301,9 +300,12 @@ Head *bound(Head *head) {
   return head;
 }
 
-const Node *new_element(Store &store, std::string_view id) {
-  const Head *head = alive(born_head(store, id));
-  return head != nullptr && head->born ? head->node : nullptr;
+NewPlace new_place(Store &store, std::string_view id) {
+  const std::size_t end = std::min(id.find('}'), id.size() - 1) + 1;
+  const std::string_view tail = id.substr(end);
+  const Head *head =
+      tail.empty() || tail.front() == '.' ? alive(born_head(store, id.substr(0, end))) : nullptr;
+  return head != nullptr && head->born ? NewPlace{head->node, tail} : NewPlace{};
 }
 
 Head *bound(cfg_elem *elem) { return elem == nullptr ? nullptr : bound(Head::of(elem)); }

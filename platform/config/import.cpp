@@ -271,7 +271,7 @@ bool fill_edit(Store &store, MapNode *imported) {
   for (const MapItem &item : imported->items) {
     if (!set_item(root, item.key->text, item.node)) return false;
   }
-  map->owner->retired = imported->owner->retired;
+  map->owner->retired.swap(imported->owner->retired);
   return true;
 }
 

@@ -201,7 +201,11 @@ std::string Plan::final_id(const Node *node) const {
 }
 
 std::string Plan::final_reference(std::string_view id) const {
-  if (const Node *made = new_element(store_, id)) return final_id(made);
+  // Without a look at the place itself, which would open an entry that may be planned already.
+  if (const NewPlace place = new_place(store_, id); place.element != nullptr) {
+    std::string element = final_id(place.element);
+    return element.empty() ? element : element.append(place.tail);
+  }
   Head *target = head_by_id(store_, id);
   if (target == nullptr) return {};
   return target->born ? final_id(target->node) : present_id(target);

@@ -116,8 +116,8 @@ bool Seals::reference(Store &store, std::string_view id, std::size_t slot) {
 
 // References mostly go to the entry that was appended last, to a list whose entries are records of their own.
 std::uint32_t Seals::guess_length(Store &store, std::string_view id) {
-  const Node *node = new_element(store, id);
-  const ListNode *list = node == nullptr ? nullptr : as_list(node->parent);
+  const NewPlace place = new_place(store, id);
+  const ListNode *list = place.element == nullptr ? nullptr : as_list(place.element->parent);
   if (list == nullptr || list->distant == 0) return 0;
   if (list != target_) {
     ListHead head;
@@ -127,7 +127,7 @@ std::uint32_t Seals::guess_length(Store &store, std::string_view id) {
     target_length_ = static_cast<std::uint32_t>(flatten(list->head->id()).size() + 1);
   }
   const std::size_t last = target_next_ + list->added.size() + list->future.size() - 1;
-  return target_length_ + static_cast<std::uint32_t>(std::to_string(last).size());
+  return target_length_ + static_cast<std::uint32_t>(std::to_string(last).size() + place.tail.size());
 }
 
 const ContentForm &Seals::form_of(Store &store, const cfg_content &map) {

@@ -166,8 +166,13 @@ inline std::uint64_t hash_of_id(std::string_view id) {
 // The list whose entries' IDs begin with `front`: "nodes", or "nodes-12_ports" for one inside an entry.
 Head *list_by_front(Store &store, std::string_view front);
 Head *new_head(Store &store, Node *node);
-// The new element whose ID this is, as it is; NULL when there is none.
-const Node *new_element(Store &store, std::string_view id);
+// The new element that a provisional ID names, as it is, and the keys below it that follow; no element when
+// there is none.
+struct NewPlace {
+  const Node *element = nullptr;
+  std::string_view tail;
+};
+NewPlace new_place(Store &store, std::string_view id);
 Head *result_head(Store &store, std::vector<Head *> entries);
 Head *holder_of(Head *head);  // bound holder, also of new elements
 // Whether an opened record or list is still what its head is bound to; not so when the edit has removed it

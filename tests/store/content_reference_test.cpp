@@ -166,11 +166,16 @@ TEST_P(ContentReferenceTest, ToItself) {
 
 // The numbers in provisional IDs count up, so that an entry's own ID can be known before it is made.
 TEST_P(ContentReferenceTest, ToItselfFromTheStart) {
+  const auto number_in = [](const std::string &id) { return std::stoi(id.substr(id.rfind('-') + 1)); };
+  const auto next_number = [&] { return number_in(text_of(cfg_new_map(store))) + 1; };
   for (const char *tail : {"", ".name"}) {
-    const std::string loose = text_of(cfg_new_map(store));
-    const std::size_t dash = loose.rfind('-');
+    // An entry that refers to nothing tells how many IDs such a call takes before that of the entry.
+    const int first = next_number();
+    const std::string probe =
+        text_of(whole.append("nodes", referring_to({std::string("{nobody}") + tail, "{nobody}"})));
+    const int before = number_in(probe) - first;
     const std::string own =
-        loose.substr(0, dash + 1) + std::to_string(std::stoi(loose.substr(dash + 1)) + 1) + "}";
+        probe.substr(0, probe.rfind('-') + 1) + std::to_string(next_number() + before) + "}";
     cfg_elem *entry = whole.append("nodes", referring_to({own + tail, own}));
     ASSERT_EQ(text_of(entry), own);
     ASSERT_NE(whole.append("nodes", named("behind")), nullptr);
@@ -178,6 +183,7 @@ TEST_P(ContentReferenceTest, ToItselfFromTheStart) {
     const std::string final = id_of(entry);
     reopen();
     whole.store = store;
+    EXPECT_EQ(reference_at(store, whole.at(final.c_str()), "to 0"), final + tail);
     EXPECT_EQ(reference_at(store, whole.at(final.c_str()), "to 1"), final);
     EXPECT_EQ(string_at(store, whole.at(final.c_str()), "name"), "refers");
     EXPECT_EQ(cfg_verify(store, nullptr, nullptr), 1);
