@@ -306,20 +306,6 @@ TEST_P(ContentRefusalTest, TheResultOfASearch) {
   EXPECT_EQ(cfg_has_changes(store), 0);
 }
 
-TEST_P(ContentRefusalTest, AHandleThatOnlyReads) {
-  if (path_.empty()) GTEST_SKIP() << "handles of a store in memory all write";
-  cfg *reader = cfg_open(path_.c_str(), CFG_OPEN_READ_ONLY, nullptr);
-  ASSERT_NE(reader, nullptr);
-  const cfg_content good = of(CFG_STRING, "x", 1);
-  EXPECT_TRUE(failed_with(
-      reader, cfg_append_content(reader, cfg_get_by_id(reader, "nodes"), &good) != nullptr, CFG_E_READ_ONLY));
-  EXPECT_TRUE(failed_with(reader, cfg_put_content(reader, cfg_get_by_id(reader, "map"), "key", &good),
-                          CFG_E_READ_ONLY));
-  EXPECT_EQ(dump(reader), before_);
-  EXPECT_EQ(cfg_has_changes(reader), 0);
-  cfg_close(reader);
-}
-
 TEST_P(ContentRefusalTest, AHandleOfTheParentProcess) {
   cfg_elem *list = whole.at("nodes");
   cfg_elem *map = whole.at("map");
