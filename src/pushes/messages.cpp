@@ -1,4 +1,5 @@
 // The lists of messages of a push node context: one element of the store for each message.
+#include <algorithm>
 #include <cstdlib>
 #include <iterator>
 #include <vector>
@@ -37,8 +38,9 @@ int add(const cfg_push_node_ctxt *context, message_list which, int32_t code, int
     // The list is never made here: it is for the store to give a new context its lists.
     cfg_elem *list = cfg_get_child_by_path(context->cfg, tw::element_of(*context),
                                            tw::message_list_keys[static_cast<std::size_t>(which)]);
-    std::vector<cfg_content> texts;
-    for (int32_t i = 0; i < argc; ++i) texts.push_back(tw::content(args[i]));
+    std::vector<cfg_content> texts(static_cast<std::size_t>(std::max(argc, 0)));
+    std::transform(args, args + texts.size(), texts.begin(),
+                   [](const char *arg) { return tw::content(arg); });
     const cfg_content values[] = {tw::content(code), tw::content(argc),
                                   template_id ? tw::content(template_id, CFG_REFERENCE) : tw::no_content(),
                                   tw::content(texts)};
