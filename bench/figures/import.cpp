@@ -28,12 +28,12 @@ void enter(Contest &contest, const Settings &settings, const std::string &name,
 
 template <class Import>
 void compare(const Settings &settings, const std::string &figure, const std::vector<Node> &nodes,
-             Import import, Table &table) {
+             Import import, Target target, Table &table) {
   Contest contest;
   enter(contest, settings, "ours", nodes, import);
   enter(contest, settings, "LMDB bulk insert", nodes, &PackedStore::append);
   contest.run(settings.rounds(4), 1);
-  table.compare(figure, contest, "ours", "LMDB bulk insert", at_most(2));
+  table.compare(figure, contest, "ours", "LMDB bulk insert", target);
   table.compare(figure + ", processor", contest, "ours", "LMDB bulk insert", Target{}, Contest::processor);
 }
 
@@ -44,8 +44,9 @@ void measure_imports(const Settings &settings, Table &table) {
   std::vector<Node> enrolled;
   for (const Node &node : nodes) enrolled.push_back(enrolled_part(node));
   const std::string count = std::to_string(settings.nodes) + " in one commit";
-  compare(settings, "import of " + count, nodes, &OwnStore::append, table);
-  compare(settings, "enrolment of " + count, enrolled, &OwnStore::enroll, table);
+  compare(settings, "import of " + count, nodes, &OwnStore::append, at_most(2), table);
+  // What the peer does of an enrolment is the least of it: the row has no target.
+  compare(settings, "enrolment of " + count, enrolled, &OwnStore::enroll, Target{}, table);
 }
 
 }  // namespace bench

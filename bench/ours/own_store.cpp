@@ -4,96 +4,9 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "ours/node_content.hpp"
+
 namespace bench {
-namespace {
-
-// Builds one map of a node; every refused call ends the program.
-class MapBuilder {
- public:
-  MapBuilder(cfg *store, cfg_elem *map) : store_(store), map_(map) { require_store(store, map != nullptr); }
-  MapBuilder &text(const char *key, const std::string &value) {
-    require_store(store_, cfg_map_set_string(store_, map_, key, value.c_str()) != 0);
-    return *this;
-  }
-  MapBuilder &reference(const char *key, const char *id) {
-    require_store(store_, cfg_map_set_reference(store_, map_, key, id) != 0);
-    return *this;
-  }
-  MapBuilder &blob(const char *key, const std::string &value) {
-    require_store(store_, cfg_map_set_blob(store_, map_, key, value.data(), value.size()) != 0);
-    return *this;
-  }
-  MapBuilder &number(const char *key, std::int32_t value) {
-    require_store(store_, cfg_map_set_int(store_, map_, key, value) != 0);
-    return *this;
-  }
-  MapBuilder &truth(const char *key, bool value) {
-    require_store(store_, cfg_map_set_bool(store_, map_, key, value) != 0);
-    return *this;
-  }
-  MapBuilder map(const char *key) { return {store_, attach(key, cfg_new_map(store_))}; }
-  // A list of maps, each filled by `fill(builder, item)`.
-  template <class Items, class Fill>
-  MapBuilder &list(const char *key, const Items &items, Fill fill) {
-    cfg_elem *list = attach(key, cfg_new_list(store_));
-    for (const auto &item : items) {
-      cfg_elem *entry = cfg_new_map(store_);
-      require_store(store_, cfg_append_future_listelem(store_, list, entry) != 0);
-      MapBuilder builder(store_, entry);
-      fill(builder, item);
-    }
-    return *this;
-  }
-  MapBuilder &texts(const char *key, const std::vector<std::string> &texts) {
-    cfg_elem *list = attach(key, cfg_new_list(store_));
-    for (const std::string &text : texts) {
-      cfg_elem *entry = cfg_new_string(store_, text.c_str());
-      require_store(store_, cfg_append_future_listelem(store_, list, entry) != 0);
-    }
-    return *this;
-  }
-
- private:
-  cfg_elem *attach(const char *key, cfg_elem *element) {
-    require_store(store_, cfg_add_mapelem(store_, map_, key, element) != 0);
-    return element;
-  }
-  cfg *store_;
-  cfg_elem *map_;
-};
-
-void fill_node(MapBuilder &map, const Node &node) {
-  for (std::size_t i = 0; i < kNodeTexts; ++i)
-    if (i != kBundle) map.text(kNodeKeys[i], node.texts[i]);
-  map.reference(kNodeKeys[kBundle], node.texts[kBundle].c_str());
-  map.truth("approved", node.approved);
-  map.map("ssh").number("port", static_cast<std::int32_t>(node.ssh_port));
-  map.list("etags", node.etags, [](MapBuilder &entry, const Etag &etag) {
-    entry.text("name", etag.name).number("version", etag.version).text("status", etag.status);
-  });
-  map.list("interfaces", node.interfaces, [](MapBuilder &entry, const Interface &in) {
-    entry.text("name", in.name).text("ipv4_address", in.ipv4_address).text("ipv6_address", in.ipv6_address);
-  });
-  map.list("users", node.users, [](MapBuilder &entry, const User &user) {
-    entry.text("username", user.username).text("description", user.description);
-    entry.number("disabled", user.disabled).texts("groups", user.groups);
-  });
-  map.list("groups", node.groups, [](MapBuilder &entry, const Group &group) {
-    entry.text("groupname", group.groupname).text("description", group.description);
-    entry.truth("system", group.system).texts("roles", group.roles);
-  });
-  MapBuilder auth = map.map("auth");
-  auth.truth("use_remote_groups", node.use_remote_groups);
-  std::string group;
-  MapBuilder part = auth;
-  for (std::size_t i = 0; i < kAuthTexts; ++i) {
-    if (group != kAuthGroups[i]) part = auth.map(kAuthGroups[i]);
-    group = kAuthGroups[i];
-    part.text(kAuthKeys[i], node.auth[i]);
-  }
-}
-
-}  // namespace
 
 void require_store(cfg *store, bool succeeded) {
   if (succeeded) return;
@@ -109,12 +22,23 @@ OwnStore::OwnStore(const std::string &directory) {
 }
 
 void OwnStore::make_collections() {
-  MapBuilder root(handle_, cfg_root(handle_));
-  root.texts("nodes", {}).texts("certificates", {});
-  root.map("enrollment").list("bundles", make_nodes(kBundles), [](MapBuilder &entry, const Node &node) {
-    entry.text("name", "bundle of " + node.id);
-  });
-  root.map("system").text("hostname", kHostname);
+  cfg_elem *root = cfg_root(handle_);
+  const auto put = [&](cfg_elem *map, const char *key, const cfg_content &content) {
+    require_store(handle_, cfg_put_content(handle_, map, key, &content) != 0);
+  };
+  for (const char *list : {"nodes", "certificates"}) put(root, list, empty_list());
+  cfg_elem *enrollment = cfg_new_map(handle_);
+  require_store(handle_, cfg_add_mapelem(handle_, root, "enrollment", enrollment) != 0);
+  put(enrollment, "bundles", empty_list());
+  cfg_elem *bundles = cfg_get_by_path(handle_, "enrollment.bundles");
+  for (const Node &node : make_nodes(kBundles)) {
+    cfg_elem *bundle = cfg_new_map(handle_);
+    require_store(handle_, cfg_append_future_listelem(handle_, bundles, bundle) != 0);
+    put(bundle, "name", text_content("bundle of " + node.id));
+  }
+  cfg_elem *system = cfg_new_map(handle_);
+  require_store(handle_, cfg_add_mapelem(handle_, root, "system", system) != 0);
+  put(system, "hostname", text_content(kHostname));
   commit("collections");
 }
 
@@ -123,26 +47,17 @@ void OwnStore::commit(const char *why) {
   require_store(handle_, cfg_commit(handle_, &note) != 0);
 }
 
-void OwnStore::add_node(cfg_elem *nodes, cfg_elem *certificates, const Node &node) {
-  cfg_elem *certificate = cfg_new_map(handle_);
-  require_store(handle_, cfg_append_future_listelem(handle_, certificates, certificate) != 0);
-  MapBuilder record(handle_, certificate);
-  record.blob("certificate", node.certificate.certificate).blob("private_key", node.certificate.private_key);
-  record.text("common_name", node.certificate.common_name);
-  if (node.certificate.revoke_time != 0) record.number("revoke_time", node.certificate.revoke_time);
-
-  cfg_elem *element = cfg_new_map(handle_);
-  require_store(handle_, cfg_append_future_listelem(handle_, nodes, element) != 0);
-  MapBuilder map(handle_, element);
-  fill_node(map, node);
-  // A new element's handle reads as its ID.
-  map.reference("cert", reinterpret_cast<const char *>(certificate));
-}
-
 void OwnStore::append(std::span<const Node> nodes) {
   cfg_elem *list = cfg_get_by_path(handle_, "nodes");
   cfg_elem *certificates = cfg_get_by_path(handle_, "certificates");
-  for (const Node &node : nodes) add_node(list, certificates, node);
+  NodeContent contents;
+  const auto add = [&](cfg_elem *to, const cfg_content &content) {
+    cfg_elem *entry = cfg_append_content(handle_, to, &content);
+    require_store(handle_, entry != nullptr);
+    return reinterpret_cast<const char *>(entry);  // a new element's handle reads as its ID
+  };
+  for (const Node &node : nodes)
+    add(list, contents.node(node, add(certificates, contents.certificate(node.certificate))));
   commit("import");
 }
 

@@ -31,7 +31,6 @@ class OwnStore {
 
  private:
   void make_collections();
-  void add_node(cfg_elem *nodes, cfg_elem *certificates, const Node &node);
   void commit(const char *why);
 
   cfg *handle_ = nullptr;

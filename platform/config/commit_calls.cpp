@@ -251,6 +251,7 @@ int cfg_visit_changes(cfg *store, cfg_change_visitor visit, void *context) noexc
         case Change::kAdded:
           return teller.tell_new(change.node, id, change.old);
         case Change::kAppended:
+          bound(change.node->head);  // opens an entry that was written whole
           return teller.tell_new(change.node, change.node->head->id(), {});
       }
     });

@@ -66,10 +66,7 @@ bool attachable(Store &store, Head *holder, Node *node) {
   for (const Node *above = holder->node; above != nullptr; above = above->parent) {
     if (above == node) return store.fail(CFG_E_ARGUMENT, "an element cannot be attached below itself") != 0;
   }
-  if (node->kind <= CFG_LIST && depth_of(holder) + height(node) > kMaxDepth) {
-    return store.fail(CFG_E_LIMIT, "elements would be nested more than %d deep", kMaxDepth) != 0;
-  }
-  return true;
+  return node->kind > CFG_LIST || fits_below(holder, height(node));
 }
 
 // A node that was replaced or deleted: handles of it and of what is below it are dead from now on.
@@ -95,6 +92,11 @@ bool same_scalar(const Node &left, const Node &right) {
 }
 
 }  // namespace
+
+bool fits_below(Head *holder, int height) {
+  if (depth_of(holder) + height <= kMaxDepth) return true;
+  return holder->store->fail(CFG_E_LIMIT, "elements would be nested more than %d deep", kMaxDepth) != 0;
+}
 
 Node *open_node(Head *head) {
   if (head->node == nullptr && !open_record(head)) return nullptr;

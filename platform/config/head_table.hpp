@@ -3,7 +3,8 @@
 //
 // A slot also remembers where its head's record was when it was last found. Table, head and record lie apart,
 // in memory that is cold when there are thousands of them; asking for head and record at the same time saves
-// waiting for one after the other.
+// waiting for one after the other. Who knows early whom he will look up can have all of it on its way: first
+// the slot, then what it leads to.
 #pragma once
 
 #include <algorithm>
@@ -26,12 +27,20 @@ class HeadTable {
     for (std::size_t at = hash & mask; slots_[at].head != nullptr; at = (at + 1) & mask) {
       Slot &slot = slots_[at];
       if (slot.hash != hash) continue;
-      for (std::uint32_t line = 0; line < slot.size; line += kLine) __builtin_prefetch(slot.bytes + line);
+      ask_for(slot.bytes, slot.size);
       if (!same(*slot.head)) continue;
       slot.remember();
       return slot.head;
     }
     return nullptr;
+  }
+
+  void ask_for_slot(std::uint64_t hash) const { __builtin_prefetch(&slots_[hash & (slots_.size() - 1)]); }
+  void ask_for_head(std::uint64_t hash) const {
+    const Slot &slot = slots_[hash & (slots_.size() - 1)];
+    if (slot.hash != hash) return;
+    ask_for(reinterpret_cast<const char *>(slot.head), sizeof(Head) + kLine);  // with its ID
+    ask_for(slot.bytes, slot.size);
   }
 
   void insert(std::uint64_t hash, Head *head) {
@@ -57,6 +66,10 @@ class HeadTable {
       size = head->record == head ? std::min(head->stored.size, kAhead) : 0;
     }
   };
+
+  static void ask_for(const char *bytes, std::size_t size) {
+    for (std::size_t line = 0; line < size; line += kLine) __builtin_prefetch(bytes + line);
+  }
 
   using Slots = std::vector<Slot, HugePageAllocator<Slot>>;
 

@@ -204,15 +204,20 @@ Head *below(Head *head, std::string_view tail) {
   return head;
 }
 
-Head *born_by_id(Store &store, std::string_view id) {
-  const std::size_t close = id.find('}');
-  if (close == std::string_view::npos || !id.starts_with(store.nonce)) return nullptr;
+// The head of the new element whose ID `id` is.
+Head *born_head(Store &store, std::string_view id) {
+  if (!id.starts_with(store.nonce) || !id.ends_with('}')) return nullptr;
   std::size_t number = 0;
-  const char *end = id.data() + close;
+  const char *end = id.data() + id.size() - 1;
   const auto parsed = std::from_chars(id.data() + store.nonce.size(), end, number);
   if (parsed.ec != std::errc() || parsed.ptr != end || number >= store.born.size()) return nullptr;
   Head *head = store.born[number];
-  return id.substr(0, close + 1) != head->id() ? nullptr : below(bound(head), id.substr(close + 1));
+  return id == head->id() ? head : nullptr;
+}
+
+Head *born_by_id(Store &store, std::string_view id) {
+  const std::size_t end = std::min(id.find('}'), id.size() - 1) + 1;
+  return below(bound(born_head(store, id.substr(0, end))), id.substr(end));
 }
 
 }  // namespace
@@ -248,7 +253,10 @@ bool in_place(std::uint32_t number, const ListEdit &list) {
   return head != nullptr && head->kind == CFG_LIST && distant_of(*head) == number;
 }
 
-Head *bound(Head *head) {
+namespace {
+
+// bound(), but for entries that were written whole: these stay sealed.
+Head *alive(Head *head) {
   if (head == nullptr) return nullptr;
   Store &store = *head->store;
   while (head->forward != nullptr) head = head->forward;
@@ -280,6 +288,24 @@ Head *bound(Head *head) {
   }
   if (head->epoch != head->record->own_epoch || (head->node != nullptr && head->node->dead)) rebind(*head);
   return head->kind == CFG_NONE ? nullptr : head;
+}
+
+}  // namespace
+
+Head *bound(Head *head) {
+  head = alive(head);
+  if (head == nullptr || head->node == nullptr) return head;
+  if (MapNode *map = as_map(head->node); map != nullptr && map->sealed != nullptr)
+    head->store->edit->seals.open(*head->store, *map);
+  return head;
+}
+
+NewPlace new_place(Store &store, std::string_view id) {
+  const std::size_t end = std::min(id.find('}'), id.size() - 1) + 1;
+  const std::string_view tail = id.substr(end);
+  const Head *head =
+      tail.empty() || tail.front() == '.' ? alive(born_head(store, id.substr(0, end))) : nullptr;
+  return head != nullptr && head->born ? NewPlace{head->node, tail} : NewPlace{};
 }
 
 Head *bound(cfg_elem *elem) { return elem == nullptr ? nullptr : bound(Head::of(elem)); }
@@ -351,7 +377,7 @@ Head *entry_of(Head *list, std::uint32_t number) {
 }
 
 Head *head_by_id(Store &store, std::string_view id) {
-  const std::uint64_t hash = std::hash<std::string_view>{}(id);
+  const std::uint64_t hash = hash_of_id(id);
   if (Head *known = store.by_id.find(hash, [&](const Head &head) { return id == head.id(); }))
     return bound(known);
   if (id.empty() || id.size() > kMaxId) return nullptr;

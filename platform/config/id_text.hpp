@@ -15,6 +15,9 @@ namespace twcfg {
 
 inline constexpr const char *kRootId = ".";
 
+// Whether it is the ID of a new element, or of something below one.
+inline bool is_provisional(std::string_view id) { return id.starts_with('{'); }
+
 // A byte that must not stand as it is: "~" and two hex digits; and a text with such bytes as it was. The
 // second returns false for a "~" that is not followed by two digits.
 void append_escaped(std::string &out, char byte);

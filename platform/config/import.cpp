@@ -271,7 +271,7 @@ bool fill_edit(Store &store, MapNode *imported) {
   for (const MapItem &item : imported->items) {
     if (!set_item(root, item.key->text, item.node)) return false;
   }
-  map->owner->retired = imported->owner->retired;
+  map->owner->retired.swap(imported->owner->retired);
   return true;
 }
 
@@ -304,7 +304,7 @@ int cfg_import(cfg *store, cfg_import_source source, void *context) noexcept {
     if (document == nullptr) {
       return store->fail(CFG_E_FORMAT, "the text is no JSON: line %d: %s", error.line, error.text);
     }
-    auto edit = std::make_unique<Edit>(store->born.size());
+    auto edit = store->new_edit();
     MapNode *imported = nullptr;
     try {
       imported = Importer(*store, edit->nodes).root(document.get());

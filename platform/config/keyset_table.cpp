@@ -4,6 +4,17 @@
 
 namespace twcfg {
 
+void KeysetSlots::begin_anew(const cfg_keyset &now, KeyNames &known_names) {
+  keys = now.keys;
+  last_form = {};
+  last = nullptr;
+  names.clear();
+  by_shape.clear();
+  writable = false;
+  content_forms.clear();
+  for (std::size_t i = 0; i < now.count; ++i) names.push_back(known_names.intern(now.keys[i]));
+}
+
 KeysetSlots &KeysetTable::add(const cfg_keyset &set) {
   auto added = std::make_unique<KeysetSlots>();
   added->set = &set;

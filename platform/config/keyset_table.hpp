@@ -1,4 +1,4 @@
-// What a handle remembers of the key sets that it was read with, by the address of the set.
+// What a handle remembers of the key sets that it was used with, by the address of the set.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +12,8 @@
 
 namespace twcfg {
 
+struct ContentForm;
+
 // Where a set's keys stand in maps of one shape.
 struct KeysetSlots {
   const cfg_keyset *set = nullptr;
@@ -21,6 +23,14 @@ struct KeysetSlots {
   // Those of the shape that was met last, in which the next read mostly begins.
   PackedMap last_form;
   const std::int16_t *last = nullptr;
+  bool writable = false;  // whether it is known that a map can have these keys
+  // What this edit has made of contents with these keys.
+  std::vector<const ContentForm *> content_forms;
+  std::uint64_t content_edit = 0;
+
+  // Whether the above is about the keys that the set has now.
+  bool knows(const cfg_keyset &now) const { return keys == now.keys && names.size() == now.count; }
+  void begin_anew(const cfg_keyset &now, KeyNames &known_names);
 };
 
 // Open addressing: a load asks for a dozen sets, so that finding one must cost next to nothing. Sets are

@@ -94,6 +94,7 @@ bool lay_out_entry(Head *list, Node *entry) {
   Nodes &nodes = list->store->editing().nodes;
   for (const auto &collection : collections) {
     if (!stands_at(list, collection.list)) continue;
+    bound(entry->head);  // opens an entry that was written whole
     for (const cfg_place &place : collection.places) {
       if (!find_key(entry->head, place.path) && !set_item(entry->head, place.path, empty(nodes, place.kind)))
         return false;

@@ -17,5 +17,6 @@ inline constexpr std::size_t kMaxShapeKeys = 64;         // maps with more keys 
 inline constexpr std::size_t kMaxMapKeys = 16384;        // keeps a map affordable to read and to change
 inline constexpr std::uint32_t kMaxShapes = 1u << 16;  // beyond this, new kinds of maps spell their keys out
 inline constexpr std::size_t kRecordTarget = 1900;     // above this, lists move into records of their own
+inline constexpr std::size_t kWorthMoving = 256;       // of a list: below this, one costs more than it saves
 
 }  // namespace twcfg

@@ -1,6 +1,7 @@
 // The C functions that find elements.
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "calls.hpp"
 #include "list_view.hpp"
@@ -45,6 +46,15 @@ cfg_elem *cfg_get_by_id(cfg *store, const char *id) noexcept {
     Head *found = head_by_id(*store, id);
     return found == nullptr ? not_found(store, "element with ID", id) : found->elem();
   });
+}
+
+void cfg_expect(cfg *store, const char *id) noexcept {
+  if (store == nullptr || id == nullptr) return;
+  const std::uint64_t hash = hash_of_id(id);
+  if (std::exchange(store->expected, hash) != hash)
+    store->by_id.ask_for_slot(hash);
+  else
+    store->by_id.ask_for_head(hash);
 }
 
 cfg_elem **cfg_get_by_ids(cfg *store, const char *const *ids, int32_t count) noexcept {

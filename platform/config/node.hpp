@@ -18,6 +18,7 @@ namespace twcfg {
 
 struct Head;
 struct ListNode;
+struct Sealed;
 
 inline constexpr std::uint64_t kClean = ~std::uint64_t{0};  // "not changed": no revision is that high
 
@@ -64,6 +65,7 @@ struct MapNode : Node {
   bool nested = false;              // whether maps and lists may be found in it
   std::pmr::vector<MapItem> items;  // filled by add() and put()
   Ownership *owner = nullptr;       // set in list entries and the root that were stored
+  const Sealed *sealed = nullptr;   // of a new entry that nobody has asked for since (sealed.hpp)
 
   void add(const MapItem &item) {
     items.push_back(item);

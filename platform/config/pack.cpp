@@ -10,9 +10,6 @@
 namespace twcfg {
 namespace {
 
-constexpr std::size_t kWorthMoving =
-    256;  // bytes of a list below which a record of its own costs more than it saves
-
 std::string head_bytes(const ListHead &head) {
   std::string bytes(8, '\0');
   std::memcpy(bytes.data(), &head.next, 4);
@@ -203,6 +200,17 @@ std::string Plan::final_id(const Node *node) const {
   return holder == kRootId ? key : holder + '.' + key;
 }
 
+std::string Plan::final_reference(std::string_view id) const {
+  // Without a look at the place itself, which would open an entry that may be planned already.
+  if (const NewPlace place = new_place(store_, id); place.element != nullptr) {
+    std::string element = final_id(place.element);
+    return element.empty() ? element : element.append(place.tail);
+  }
+  Head *target = head_by_id(store_, id);
+  if (target == nullptr) return {};
+  return target->born ? final_id(target->node) : present_id(target);
+}
+
 std::string Plan::retired_table(const MapNode &owner) const {
   if (owner.owner == nullptr || (owner.owner->lists.empty() && owner.owner->retired.empty())) return {};
   std::vector<NamedList> lists;
@@ -240,7 +248,19 @@ std::string Plan::retired_table(const MapNode &owner) const {
 
 // ---- Records ----
 
+bool Plan::plan_sealed(Key key, MapNode &entry) {
+  Seals &seals = store_.edit->seals;
+  const std::string_view bytes = seals.finish(*this, *entry.sealed);
+  if (!bytes.empty()) {
+    write(key, 0, bytes);
+    return true;
+  }
+  seals.open(store_, entry);
+  return number(&entry, nullptr, false, 0) && plan_record(key, &entry, 0);
+}
+
 bool Plan::plan_record(Key key, Node *root, std::uint64_t expected) {
+  if (MapNode *map = as_map(root); map != nullptr && map->sealed != nullptr) return plan_sealed(key, *map);
   for (;;) {
     if (!packer_->pack(root))
       return store_.fail(CFG_E_LIMIT, "a record would be larger than %zu bytes", kMaxRecord) != 0;
@@ -255,7 +275,8 @@ bool Plan::plan_record(Key key, Node *root, std::uint64_t expected) {
       }
     }
     if (largest == nullptr) {
-      write(key, expected, records_.keep());
+      const std::span<char> record = records_.keep();
+      write(key, expected, {record.data(), record.size()});
       break;
     }
     largest->placed = new_list();
@@ -408,6 +429,7 @@ bool Plan::make() {
   for (const auto &[number, list] : edit.lists) {
     if (list.node->touched() && in_place(number, list)) lists.emplace_back(number, list.node);
   }
+  edit.seals.settle(*this);  // first: its guesses are about the next numbers of shapes
   // All numbers are given out before anything is packed, because references may point either way.
   for (const Record &record : records) {
     if (!number(record.root, nullptr, record.key == kRootKey, 0)) return false;

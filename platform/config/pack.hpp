@@ -31,11 +31,16 @@ class Plan {
   Plan &operator=(const Plan &) = delete;
   // Plans the whole edit against the handle's snapshot. False with the reason noted.
   bool make();
-  // As an engine wants them; their bytes are the plan's.
+  // As an engine wants them; their bytes are the plan's and the edit's.
   const std::vector<Write> &writes() const { return writes_; }
 
   // The ID that a node has after this commit; empty for one that is attached nowhere.
   std::string final_id(const Node *node) const;
+  // The final ID for the provisional one of an element that this or an earlier commit made, under which
+  // references to it are kept; empty when there is none.
+  std::string final_reference(std::string_view id) const;
+  // The number of the shape with these keys, a new one if need be; kMaxShapes: spell the keys out.
+  std::uint32_t shape_of(const std::vector<const KeyName *> &keys);
 
  private:
   friend class Packer;
@@ -52,19 +57,19 @@ class Plan {
   bool number_entries(ListNode &list, std::uint32_t &next, int depth);
 
   bool plan_record(Key key, Node *root, std::uint64_t expected);
-  bool plan_placed(ListNode &list);  // entries that become records of their own
+  bool plan_sealed(Key key, MapNode &entry);  // a new entry that is a record already
+  bool plan_placed(ListNode &list);           // entries that become records of their own
   bool plan_placed_below(Node *node);
   bool plan_list(std::uint32_t list, ListNode &changes);
   void plan_purge(std::uint32_t list);  // removes a distant list with all its records
   void plan_removal(Key key);           // removes one record and the distant lists inside it
   void purge_inside(const Packed &node, int depth);
   void purge_dropped(Key key, const Node *root);  // distant lists that an opened record no longer has
-  void write(Key key, std::uint64_t expected, std::string_view bytes);  // of records_ or small_bytes_
+  void write(Key key, std::uint64_t expected, std::string_view bytes);  // of this plan or the edit's seals
   void write_head(std::uint32_t list, const ListHead &head, std::uint64_t expected);
   void remove(Key key, std::uint64_t expected);
   void sort_writes();
   std::uint32_t new_list();
-  std::uint32_t shape_of(const std::vector<const KeyName *> &keys);  // kMaxShapes: spell the keys out
   const MapLayout &layout_of(const MapNode &map);
   bool load_counters();
   // The numbers of lists that an owner no longer has, in stored form; empty when there are none.

@@ -1,9 +1,6 @@
 #include "packer.hpp"
 
-#include <algorithm>
-#include <cstring>
-
-#include "calls.hpp"
+#include "id_text.hpp"
 
 namespace twcfg {
 namespace {
@@ -31,75 +28,42 @@ void named_lists(const Node *node, const std::string &prefix, std::vector<NamedL
 bool Packer::pack(const Node *root) { return pack(root, false) || pack(root, true); }
 
 bool Packer::pack(const Node *root, bool wide) {
-  out_.begin();
   inner_.clear();
-  overflow_ = false;
-  width_ = wide ? 4 : 2;
-  out_.put(kRecordFormat);
-  out_.put(static_cast<std::uint8_t>(wide ? 1 : 0));
+  out_.begin(wide);
   node(root);
-  return !overflow_ && out_.size() <= (wide ? kMaxRecord : 0xffffu);
-}
-
-// Room for offsets that are patched in later; gives where it begins.
-std::size_t Packer::slots(std::size_t bytes) {
-  out_.extend(bytes);
-  return out_.size() - bytes;
-}
-
-void Packer::patch(std::size_t slot, std::size_t offset) {
-  if (width_ == 4) return out_.set(slot, static_cast<std::uint32_t>(offset));
-  if (offset > 0xffff) overflow_ = true;
-  out_.set(slot, static_cast<std::uint16_t>(offset));
-}
-
-template <class Length>
-void Packer::bytes(Tag tag, std::string_view data) {
-  const auto length = static_cast<Length>(data.size());
-  char *to = out_.extend(1 + sizeof length + data.size() + 1);
-  *to = static_cast<char>(tag);
-  std::memcpy(to + 1, &length, sizeof length);
-  *std::copy(data.begin(), data.end(), to + 1 + sizeof length) = '\0';
+  return !out_.overflow() && out_.size() <= (wide ? kMaxRecord : 0xffffu);
 }
 
 void Packer::node(const Node *node) {
-  if (overflow_) return;
+  if (out_.overflow()) return;
   if (node->kind == CFG_MAP) return map(*static_cast<const MapNode *>(node));
   if (node->kind == CFG_LIST) return list(*static_cast<const ListNode *>(node));
   const auto &scalar = *static_cast<const ScalarNode *>(node);
   switch (scalar.kind) {
     case CFG_STRING:
-      if (scalar.data.size() <= 0xffff) return bytes<std::uint16_t>(kTagString, scalar.data);
-      return bytes<std::uint32_t>(kTagLongString, scalar.data);
+      return out_.string(scalar.data);
     case CFG_REFERENCE: {
-      // References to elements that this or an earlier commit made are kept under their final IDs.
-      std::string final;
-      if (scalar.data.starts_with('{')) {
-        if (Head *target = head_by_id(plan_.store_, scalar.data)) {
-          final = target->born ? plan_.final_id(target->node) : present_id(target);
-        }
-      }
-      return bytes<std::uint16_t>(kTagReference, final.empty() ? scalar.data : std::string_view(final));
+      const std::string final =
+          is_provisional(scalar.data) ? plan_.final_reference(scalar.data) : std::string();
+      return out_.reference(final.empty() ? scalar.data : std::string_view(final));
     }
     case CFG_INT:
-      out_.put(kTagInt);
-      return out_.put(scalar.value);
+      return out_.integer(scalar.value);
     case CFG_BOOL:
-      return out_.put(scalar.value != 0 ? kTagTrue : kTagFalse);
+      return out_.boolean(scalar.value != 0);
     default:
-      return bytes<std::uint32_t>(kTagBlob, scalar.data);
+      return out_.blob(scalar.data);
   }
 }
 
 // One key of a map, whose offsets stand at `slot`.
 void Packer::entry(const MapItem &item, std::size_t slot, bool spelled) {
   if (spelled) {
-    patch(slot, out_.size());
-    slot += width_;
-    out_.put(static_cast<std::uint8_t>(item.key->text.size()));
-    out_.append(item.key->text);
+    out_.point(slot);
+    slot += out_.width();
+    out_.key(item.key->text);
   }
-  patch(slot, out_.size());
+  out_.point(slot);
   node(item.node);
 }
 
@@ -108,10 +72,10 @@ void Packer::map(const MapNode &map) {
   const bool spelled = layout.shape >= kMaxShapes;
   const std::string retired_table = plan_.retired_table(map);
   const auto flag = static_cast<std::uint8_t>(retired_table.empty() ? 0 : kTagRetired);
-  out_.put(static_cast<std::uint8_t>((spelled ? kTagSpelled : kTagMap) | flag));
-  out_.put(spelled ? static_cast<std::uint32_t>(layout.sorted.size()) : layout.shape);
-  const std::size_t step = (spelled ? 2 : 1) * width_;
-  const std::size_t first = slots(layout.sorted.size() * step + (flag != 0 ? width_ : 0));
+  const auto tag = static_cast<std::uint8_t>((spelled ? kTagSpelled : kTagMap) | flag);
+  const auto count = static_cast<std::uint32_t>(layout.sorted.size());
+  const std::size_t offsets = count * (spelled ? 2 : 1);
+  const std::size_t first = out_.map(tag, spelled ? count : layout.shape, offsets + (flag != 0 ? 1 : 0));
   // What is plain stands in front, close to the offsets, and what is nested behind: a scan reads a few plain
   // values of each record and then touches the record's first lines only.
   for (const bool nested : {false, true}) {
@@ -119,32 +83,26 @@ void Packer::map(const MapNode &map) {
     for (const std::uint16_t index : layout.sorted) {
       const MapItem &item = map.items[index];
       if ((item.node->kind <= CFG_LIST) == nested) entry(item, slot, spelled);
-      slot += step;
+      slot += (spelled ? 2 : 1) * out_.width();
     }
   }
   if (flag != 0) {
-    patch(first + layout.sorted.size() * step, out_.size());
-    out_.append(retired_table);
+    out_.point(first + offsets * out_.width());
+    out_.table(retired_table);
   }
 }
 
 void Packer::list(const ListNode &list) {
   const std::uint32_t distant = list.distant != 0 ? list.distant : list.placed;
-  if (distant != 0) {
-    out_.put(kTagDistant);
-    return out_.put(distant);
-  }
+  if (distant != 0) return out_.distant(distant);
   const std::size_t begin = out_.size();
   const std::size_t count = list.entries.size() + list.added.size() + list.future.size();
-  out_.put(kTagList);
-  out_.put(list.next_after);
-  out_.put(static_cast<std::uint32_t>(count));
-  std::size_t slot = slots(count * (4 + width_));
+  std::size_t slot = out_.list(list.next_after, count);
   for (const auto *entries : {&list.entries, &list.added, &list.future}) {
     for (const Node *entry : *entries) {
-      out_.set(slot, number_of(entry));
-      patch(slot + 4, out_.size());
-      slot += 4 + width_;
+      slot = out_.entry(slot, number_of(entry));
+      out_.point(slot);
+      slot += out_.width();
       node(entry);
     }
   }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "pack.hpp"
+#include "record_writer.hpp"
 
 namespace twcfg {
 
@@ -28,15 +29,9 @@ class Packer {
   void map(const MapNode &map);
   void entry(const MapItem &item, std::size_t slot, bool spelled);
   void list(const ListNode &list);
-  template <class Length>
-  void bytes(Tag tag, std::string_view data);
-  std::size_t slots(std::size_t bytes);
-  void patch(std::size_t slot, std::size_t offset);
 
   Plan &plan_;
-  RecordBuffer &out_;
-  std::size_t width_ = 2;
-  bool overflow_ = false;
+  RecordWriter out_;
   std::vector<Inner> inner_;
 };
 

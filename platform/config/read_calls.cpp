@@ -38,12 +38,9 @@ std::uintptr_t address(const char *bytes) { return reinterpret_cast<std::uintptr
 class KeyReader {
  public:
   KeyReader(Store &store, const cfg_keyset &set) : store_(store), set_(set), known_(store.keysets.of(set)) {
-    if (known_.keys == set.keys && known_.names.size() == set.count) {
-      map_ = known_.last_form;
-      slots_ = known_.last;
-    } else {
-      begin_anew();
-    }
+    if (!known_.knows(set)) begin_anew();
+    map_ = known_.last_form;
+    slots_ = known_.last;
   }
 
   [[gnu::always_inline]] bool read(const Found &map, cfg_value *values) {
@@ -78,13 +75,7 @@ class KeyReader {
   }
 
  private:
-  [[gnu::noinline]] void begin_anew() {
-    known_.keys = set_.keys;
-    known_.last_form = {};
-    known_.names.clear();
-    known_.by_shape.clear();
-    for (std::size_t i = 0; i < set_.count; ++i) known_.names.push_back(store_.names.intern(set_.keys[i]));
-  }
+  [[gnu::noinline]] void begin_anew() { known_.begin_anew(set_, store_.names); }
 
   [[gnu::noinline]] void read_spelled(const PackedMap &map, cfg_value *values) {
     for (std::size_t i = 0; i < set_.count; ++i)

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -17,12 +18,13 @@ class RecordBuffer {
   // Begins a record, in the place of the last one unless this was kept.
   void begin() { at_ = begin_; }
   // The finished record, valid as long as the buffer.
-  std::string_view keep() {
-    const std::string_view kept(begin_, size());
+  std::span<char> keep() {
+    const std::span<char> kept(begin_, size());
     begin_ = at_;
     return kept;
   }
 
+  std::string_view record() const { return {begin_, size()}; }
   std::size_t size() const { return static_cast<std::size_t>(at_ - begin_); }
   // Adds `count` bytes to the record, which the caller fills at once.
   char *extend(std::size_t count) {

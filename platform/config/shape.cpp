@@ -36,6 +36,20 @@ std::string Shapes::encode(const std::vector<const KeyName *> &keys) {
   return bytes;
 }
 
+const Shape &Shapes::own(std::vector<const KeyName *> keys) {
+  if (const auto known = by_keys_.find(keys); known != by_keys_.end()) return *known->second;
+  const auto number = static_cast<std::uint32_t>(shapes_.size());
+  auto shape = std::make_unique<Shape>(number, std::move(keys));
+  const auto added = by_keys_.emplace(shape->keys(), shape.get()).first;
+  try {
+    shapes_.push_back(std::move(shape));
+  } catch (...) {
+    by_keys_.erase(added);
+    throw;
+  }
+  return *shapes_.back();
+}
+
 const Shape *Shapes::load(std::uint32_t number, std::string_view bytes) {
   if (number >= kMaxShapes) return nullptr;
   if (number < shapes_.size() && shapes_[number] != nullptr) return shapes_[number].get();

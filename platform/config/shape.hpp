@@ -41,6 +41,12 @@ class Shapes {
   // The shape with exactly these keys (sorted by text) among those of the snapshot, or NULL.
   const Shape *find(const std::vector<const KeyName *> &keys, Snapshot &snapshot);
 
+  // The shape with exactly these keys, for a table of shapes that are stored nowhere: they are numbered in
+  // the order in which they are asked for.
+  const Shape &own(std::vector<const KeyName *> keys);
+  const Shape &operator[](std::uint32_t number) const { return *shapes_[number]; }
+  std::size_t size() const { return shapes_.size(); }
+
   static std::string encode(const std::vector<const KeyName *> &keys);
 
  private:

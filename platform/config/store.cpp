@@ -28,10 +28,12 @@ bool cfg::take_snapshot() {
 bool cfg::refuse_changes() { return fail(CFG_E_READ_ONLY, "the store was opened for reading only") != 0; }
 
 twcfg::Edit &cfg::editing() {
-  if (edit == nullptr) {
-    edit = std::make_unique<twcfg::Edit>(born.size());
-  }
+  if (edit == nullptr) edit = new_edit();
   return *edit;
+}
+
+std::unique_ptr<twcfg::Edit> cfg::new_edit() {
+  return std::make_unique<twcfg::Edit>(born.size(), ++edits, names);
 }
 
 void cfg::drop_edit(bool written) {

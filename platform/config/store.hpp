@@ -20,6 +20,7 @@
 #include "limits.hpp"
 #include "message.hpp"
 #include "node.hpp"
+#include "sealed.hpp"
 #include "search_index.hpp"
 #include "shape.hpp"
 
@@ -46,8 +47,9 @@ struct LostChange {
 };
 
 struct Edit {
-  explicit Edit(std::size_t born) : first_born(born) {}
+  Edit(std::size_t born, std::uint64_t number, KeyNames &names) : seals(number, names), first_born(born) {}
   Nodes nodes;
+  Seals seals;
   std::unordered_map<Key, RecordEdit> records;
   std::unordered_map<std::uint32_t, ListEdit> lists;  // by list number
   const std::size_t first_born;                       // of the elements in the handle's `born`
@@ -83,6 +85,7 @@ struct cfg {
   twcfg::Head *root = nullptr;
   twcfg::HeadTable children;        // by holder and step
   twcfg::HeadTable by_id;           // those that were looked up, by the text of their ID
+  std::uint64_t expected = 0;       // hash of the ID that cfg_expect() told last
   std::string nonce;                // front of this handle's provisional IDs
   std::vector<twcfg::Head *> born;  // every new element, by the number in its ID
   twcfg::KeysetTable keysets;
@@ -94,6 +97,7 @@ struct cfg {
   std::string idle_id;  // memory for the IDs that scans put together
 
   std::unique_ptr<twcfg::Edit> edit;
+  std::uint64_t edits = 0;  // begun so far
   twcfg::MessageList messages;
 
   std::uint64_t committed = 0;  // revision of the last commit made through this handle
@@ -115,6 +119,7 @@ struct cfg {
   // The same, and that changes are allowed.
   bool writing() { return !read_only ? reading() : refuse_changes(); }
   twcfg::Edit &editing();
+  std::unique_ptr<twcfg::Edit> new_edit();
   // Handles of new elements go on as those of the committed ones, or end.
   void drop_edit(bool written = false);
   void drop_results();
@@ -155,9 +160,19 @@ Head *child_of(Head *map, std::string_view key);
 Head *entry_of(Head *list, std::uint32_t number);
 Head *head_of(Head *holder, Node *node);  // of a node below a bound holder
 Head *head_by_id(Store &store, std::string_view id);
+inline std::uint64_t hash_of_id(std::string_view id) {
+  return std::hash<std::string_view>{}(id);
+}  // in `by_id`
 // The list whose entries' IDs begin with `front`: "nodes", or "nodes-12_ports" for one inside an entry.
 Head *list_by_front(Store &store, std::string_view front);
 Head *new_head(Store &store, Node *node);
+// The new element that a provisional ID names, as it is, and the keys below it that follow; no element when
+// there is none.
+struct NewPlace {
+  const Node *element = nullptr;
+  std::string_view tail;
+};
+NewPlace new_place(Store &store, std::string_view id);
 Head *result_head(Store &store, std::vector<Head *> entries);
 Head *holder_of(Head *head);  // bound holder, also of new elements
 // Whether an opened record or list is still what its head is bound to; not so when the edit has removed it
@@ -192,6 +207,8 @@ ListNode *edit_list(Head *list);
 Node *open_node(Head *head);
 // Sets or, with NULL, deletes a key.
 bool set_item(Head *map, std::string_view key, Node *value);
+// Whether records may be nested as deep as they would with something of this height below the holder.
+bool fits_below(Head *holder, int height);
 // Attaches an unattached new element.
 bool attach_item(Head *map, std::string_view key, Node *value);
 bool append_entry(Head *list, Node *entry, bool pending);

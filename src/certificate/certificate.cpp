@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <ctime>
+#include <iterator>
 #include <new>
 
 #include "record/boundary.hpp"
@@ -53,7 +54,14 @@ cfg_certificate *cfg_get_certificate_by_id(cfg *store, const char *id) noexcept 
   cfg_elem *elem = cfg_get_by_id(store, id);
   if (!elem) return nullptr;
   tw::owned_certificate record = new_record(store);
-  if (!record || !tw::take_uuid(record->uuid, elem) || !tw::load(everything, *record, elem)) return nullptr;
+  cfg_value values[std::size(everything.keys_)];
+  if (!record || !cfg_map_read(elem, &everything.keys, values)) return nullptr;
+  // Certificate and key are long: one piece of memory for all texts instead of one for each.
+  std::size_t bytes = std::strlen(reinterpret_cast<const char *>(elem)) + 1;
+  for (const cfg_value &value : values) bytes += value.kind > CFG_LIST ? value.length + 1 : 0;
+  if (!record->texts.reserve(bytes) || !tw::take_uuid(record->uuid, elem, record->texts) ||
+      !tw::load_from(everything, *record, values))
+    return nullptr;
   return record.release();
 }
 
@@ -95,6 +103,7 @@ void cfg_certificate_free(cfg_certificate *record) noexcept {
   record->common_name.clear();
   record->cert.clear();
   record->private_key.clear();
+  record->texts.clear();
   // The block itself stays. Services hand the pointer of one certificate record to several places and drop
   // them in any order: those that come later find an empty record here, not freed memory.
 }

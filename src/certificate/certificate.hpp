@@ -7,6 +7,7 @@
 #include "record/view.hpp"
 
 struct cfg_certificate : tw::object_view {
+  tw::text_block texts;
   tw::text common_name;
   tw::text cert;
   tw::secret private_key;

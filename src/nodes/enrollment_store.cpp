@@ -94,8 +94,7 @@ bool store_generic(const enrollment &record, cfg_elem *elem) noexcept {
       !tw::store(save_generic_login, record, store, elem))
     return false;
   if (!tw::store(save_generic_ports, record, store, elem)) return false;
-  cfg_elem *labels = record.port_labels.save(store);
-  return labels && cfg_add_mapelem(store, elem, "port_labels", labels);
+  return tw::guarded([&] { return record.port_labels.save(store, elem, "port_labels"); });
 }
 
 }  // namespace

@@ -10,19 +10,22 @@ namespace {
 using node = cfg_node;
 namespace rows = tw::node_rows;
 
-// Only "tarnwell" nodes hold a certificate; the product stands above it in the list.
-bool load_certificate(void *record, const cfg_value &reference) {
-  if (tw::kind_of(static_cast<node *>(record)->product) != tw::product_kind::tarnwell) return true;
-  return tw::load_certificate<&node::certificate>(record, reference);
+// The certificate is a record of its own, in memory that is mostly cold: it is loaded last, and the store is
+// told at once that it will be asked for.
+bool expect_certificate(void *record, const cfg_value &reference) {
+  auto *self = static_cast<node *>(record);
+  self->certificate_id = reference.data;
+  cfg_expect(self->cfg, self->certificate_id);
+  return true;
 }
 
 constexpr auto product = lenient(tw::string_row<&node::product>("product"));
 constexpr auto certificate =
-    lenient(tw::hook_row<node>("cert", CFG_REFERENCE, load_certificate, "load_certificate"));
+    lenient(tw::hook_row<node>("cert", CFG_REFERENCE, expect_certificate, "expect_certificate"));
 
-constexpr tw::load_list common({rows::name, rows::status, rows::bundle, rows::description, product,
-                                rows::mac_address, rows::fhvpn_address, rows::firmware_version, rows::model,
-                                rows::serial_number, rows::approved, certificate});
+constexpr tw::load_list common({certificate, rows::name, rows::status, rows::bundle, rows::description,
+                                product, rows::mac_address, rows::fhvpn_address, rows::firmware_version,
+                                rows::model, rows::serial_number, rows::approved});
 
 constexpr tw::load_list ssh({rows::ssh_port});
 
@@ -62,11 +65,21 @@ constexpr tw::load_list generic({
     lenient(tw::int_row<&node::base_port>("base_port")),
 });
 
+// Only these nodes hold a certificate.
+bool load_tarnwell(node &record, cfg_elem *elem) {
+  if (record.certificate_id) cfg_expect(record.cfg, record.certificate_id);
+  if (!tw::load_interfaces(record, elem) || !tw::load(tarnwell, record, elem) ||
+      !tw::load_etags(record, elem))
+    return false;
+  if (record.certificate_id)
+    record.certificate.reset(cfg_get_certificate_by_id(record.cfg, record.certificate_id));
+  return true;
+}
+
 bool load_kind(node &record, cfg_elem *elem) {
   switch (tw::kind_of(record.product)) {
     case tw::product_kind::tarnwell:
-      return tw::load_interfaces(record, elem) && tw::load(tarnwell, record, elem) &&
-             tw::load_etags(record, elem);
+      return load_tarnwell(record, elem);
     case tw::product_kind::credential:
       return tw::load(credential, record, elem);
     case tw::product_kind::generic:
@@ -93,9 +106,9 @@ std::unique_ptr<cfg_node> tw::load_node(cfg *store, cfg_elem *elem) noexcept {
   // What is missing or broken in the store leaves fields empty. What could not be read for want of memory
   // must not look like that: saved again, it would be lost.
   const memory_watch memory;
-  auto record = new_view<node>(store, elem);
-  const bool loaded =
-      record && guarded([&] { return tw::load(common, *record, elem) && load_kind(*record, elem); });
+  auto record = elem ? new_view<node>(store) : nullptr;
+  const bool loaded = record && take_uuid(record->uuid, elem, record->texts) &&
+                      guarded([&] { return tw::load(common, *record, elem) && load_kind(*record, elem); });
   return loaded && !memory.ran_short() ? std::move(record) : nullptr;
 }
 

@@ -40,6 +40,7 @@ struct cfg_node : tw::object_view {
   std::unique_ptr<tw::node_runtime> runtime;  // NULL until it is asked for
   uint32_t ssh_port = 0;
   int32_t approved = 0;
+  const char *certificate_id = nullptr;  // the store's own bytes, of use only while the node is loaded
   tw::owned_certificate certificate;
   tw::text model;
   tw::text firmware_version;

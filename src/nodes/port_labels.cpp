@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "record/content.hpp"
+
 namespace tw {
 
 bool port_labels::number(int32_t count) {
@@ -44,13 +46,12 @@ bool port_labels::load(int32_t count, cfg *store, cfg_elem *list) {
   return true;
 }
 
-cfg_elem *port_labels::save(cfg *store) const noexcept {
-  cfg_elem *list = cfg_new_list(store);
-  for (const text &label : labels_) {
-    cfg_elem *entry = cfg_new_string(store, label ? label.c_str() : "");
-    if (!cfg_add_listelem(store, list, entry)) return nullptr;
-  }
-  return list;
+bool port_labels::save(cfg *store, cfg_elem *map, const char *key) const {
+  std::vector<cfg_content> entries;
+  entries.reserve(labels_.size());
+  for (const text &label : labels_) entries.push_back(content(label ? label.c_str() : ""));
+  const cfg_content list = content(entries);
+  return cfg_put_content(store, map, key, &list) != 0;
 }
 
 }  // namespace tw

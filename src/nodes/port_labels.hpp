@@ -23,8 +23,8 @@ class port_labels {
   const char *get(int32_t count, int32_t index) const noexcept;
   // Takes the first `count` entries of a list of strings; other entries leave a gap. May throw.
   bool load(int32_t count, cfg *store, cfg_elem *list);
-  // A new list with one string per label, "" holding the place of a gap; NULL on failure.
-  cfg_elem *save(cfg *store) const noexcept;
+  // Puts a new list with one string per label under a key, "" holding the place of a gap. May throw.
+  bool save(cfg *store, cfg_elem *map, const char *key) const;
 
  private:
   std::vector<text> labels_;

@@ -1,8 +1,12 @@
 // The lists of messages of a push node context: one element of the store for each message.
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
+#include <vector>
 
 #include "pushes/node_ctxt.hpp"
-#include "record/helpers.hpp"
+#include "record/boundary.hpp"
+#include "record/content.hpp"
 #include "record/memory_watch.hpp"
 
 namespace {
@@ -23,30 +27,26 @@ const char *at(const cfg_push_node_ctxt *context, message_list which, int32_t in
   return context ? ids_of(context, which).at(index) : nullptr;
 }
 
-// The arguments as a list of strings, attached nowhere yet; NULL when one of them cannot be written.
-cfg_elem *new_arguments(cfg *store, int32_t argc, const char *const *args) noexcept {
-  cfg_elem *list = cfg_new_list(store);
-  for (int32_t i = 0; i < argc; ++i)
-    if (!args || !cfg_add_listelem(store, list, cfg_new_string(store, args[i]))) return nullptr;
-  return list;
-}
+constexpr const char *keys[] = {"code", "argc", "template", "args"};
+constexpr cfg_keyset message_keys = {keys, std::size(keys)};
 
-// Makes the message whole before it joins its list, so that a failure leaves nothing behind.
+// The message joins its list whole or not at all.
 int add(const cfg_push_node_ctxt *context, message_list which, int32_t code, int32_t argc,
         const char *const *args, const char *template_id) noexcept {
-  if (!context) return 0;
-  cfg *store = context->cfg;
-  // The list is never made here: it is for the store to give a new context its lists.
-  cfg_elem *list = cfg_get_child_by_path(store, tw::element_of(*context),
-                                         tw::message_list_keys[static_cast<std::size_t>(which)]);
-  if (!list) return 0;
-  cfg_elem *message = cfg_new_map(store);
-  cfg_elem *arguments = new_arguments(store, argc, args);
-  return arguments && cfg_map_set_int(store, message, "code", code) &&
-         cfg_map_set_int(store, message, "argc", argc) &&
-         tw::store_map_reference(store, message, "template", template_id) &&
-         cfg_add_mapelem(store, message, "args", arguments) &&
-         cfg_append_future_listelem(store, list, message);
+  if (!context || (argc > 0 && !args)) return 0;
+  return tw::guarded([&] {
+    // The list is never made here: it is for the store to give a new context its lists.
+    cfg_elem *list = cfg_get_child_by_path(context->cfg, tw::element_of(*context),
+                                           tw::message_list_keys[static_cast<std::size_t>(which)]);
+    std::vector<cfg_content> texts(static_cast<std::size_t>(std::max(argc, 0)));
+    std::transform(args, args + texts.size(), texts.begin(),
+                   [](const char *arg) { return tw::content(arg); });
+    const cfg_content values[] = {tw::content(code), tw::content(argc),
+                                  template_id ? tw::content(template_id, CFG_REFERENCE) : tw::no_content(),
+                                  tw::content(texts)};
+    const cfg_content message = tw::content(message_keys, values);
+    return cfg_append_content(context->cfg, list, &message) ? 1 : 0;
+  });
 }
 
 // A message that is gone already counts as deleted: the count says what there was.

@@ -5,6 +5,7 @@
 #include <malloc.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
@@ -14,13 +15,14 @@
 namespace tw {
 
 // A heap string, a string in a text block, or NULL. It never throws: an assignment that finds no memory
-// answers false and leaves NULL. A wiped one overwrites all of its memory before it lets go of it.
+// answers false and leaves NULL. A wiped one overwrites all of its memory before it lets go of it; one in a
+// block must go before this does.
 template <bool Wiped>
 class basic_text {
  public:
   basic_text() = default;
   basic_text(basic_text &&other) noexcept
-      : chars_(std::exchange(other.chars_, nullptr)), in_block_(other.in_block_) {}
+      : chars_(std::exchange(other.chars_, nullptr)), in_block_(std::exchange(other.in_block_, 0)) {}
   basic_text &operator=(basic_text &&other) noexcept {
     std::swap(chars_, other.chars_);
     std::swap(in_block_, other.in_block_);
@@ -37,22 +39,22 @@ class basic_text {
 
   // Takes over a heap string without copying it.
   void adopt(char *chars) noexcept {
-    if (chars_ && !in_block_) {
-      if constexpr (Wiped) explicit_bzero(chars_, malloc_usable_size(chars_));
-      std::free(chars_);
+    if constexpr (Wiped) {
+      if (chars_) explicit_bzero(chars_, in_block_ != 0 ? in_block_ : malloc_usable_size(chars_));
     }
+    if (in_block_ == 0) std::free(chars_);
     chars_ = chars;
-    in_block_ = false;
+    in_block_ = 0;
   }
 
   // Lets go of a heap string without freeing it: it belongs to whoever was given it.
   void leave() noexcept { chars_ = nullptr; }
 
-  // Becomes a copy of `length` bytes, in the block if there is one with room for it; what is wiped keeps its
-  // memory to itself. The bytes may lie inside the string that is replaced.
+  // Becomes a copy of `length` bytes, in the block if there is one with room for it. The bytes may lie inside
+  // the string that is replaced.
   bool assign(const char *bytes, std::size_t length, text_block *block = nullptr) noexcept {
-    char *copy = block && !Wiped ? block->take(length + 1) : nullptr;
-    const bool in_block = copy != nullptr;
+    char *copy = block ? block->take(length + 1) : nullptr;
+    const auto in_block = static_cast<std::uint32_t>(copy ? length + 1 : 0);
     if (!copy) copy = static_cast<char *>(std::malloc(length + 1));
     if (copy) {
       std::memcpy(copy, bytes, length);
@@ -65,7 +67,7 @@ class basic_text {
 
   // Moves the string out of its block, which may then go. False, with nothing changed, without memory.
   bool move_out() noexcept {
-    if (!in_block_) return true;
+    if (in_block_ == 0) return true;
     char *copy = strdup(chars_);
     if (copy) adopt(copy);
     return copy != nullptr;
@@ -80,7 +82,7 @@ class basic_text {
 
  private:
   char *chars_ = nullptr;
-  bool in_block_ = false;
+  std::uint32_t in_block_ = 0;  // its bytes there, the NUL included; 0 for a heap string
 };
 
 using text = basic_text<false>;

@@ -29,6 +29,13 @@ std::unique_ptr<Record> new_view(::cfg *store) noexcept {
 // Makes `id` the element's present ID. False without memory or for an element that is gone.
 bool take_uuid(text &id, cfg_elem *elem) noexcept;
 
+// The same for an element that was just found; the ID may stand in a block.
+inline bool take_uuid(text &id, cfg_elem *elem, text_block &block) noexcept {
+  // A handle reads as the ID that it was given out with, the present one unless it was a provisional one.
+  const char *chars = reinterpret_cast<const char *>(elem);
+  return *chars == '{' ? take_uuid(id, elem) : id.assign(chars, std::strlen(chars), &block);
+}
+
 // What every loader begins with: a new record that has the element's ID. NULL without an element or memory.
 template <class Record>
 std::unique_ptr<Record> new_view(::cfg *store, cfg_elem *elem) noexcept {

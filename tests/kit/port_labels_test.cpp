@@ -75,8 +75,7 @@ TEST_F(PortLabels, AGapIsSavedAsAnEmptyStringSoThatTheOthersKeepTheirPlaces) {
   port_labels labels;
   ASSERT_TRUE(labels.load(3, store.get(), list_of({"a", "#", "c"})));
   EXPECT_EQ(nullptr, labels.get(3, 1));
-  cfg_elem *saved = labels.save(store.get());
-  ASSERT_TRUE(cfg_add_mapelem(store.get(), root, "saved", saved));
+  ASSERT_TRUE(labels.save(store.get(), root, "saved"));
   port_labels again;
   ASSERT_TRUE(again.load(3, store.get(), cfg_get_by_path(store.get(), "saved")));
   EXPECT_STREQ("a", again.get(3, 0));

@@ -84,13 +84,39 @@ TEST(TextInABlock, IsTooLongForItAndStandsAlone) {
   EXPECT_EQ(bytes, text.c_str());
 }
 
-TEST(TextInABlock, ThatIsSecretStandsAlone) {
-  tw::secret text;
-  {
-    tw::text_block block;
-    ASSERT_TRUE(text.assign("secret", 6, &block));
+TEST(TextInABlock, ThatIsSecretIsOverwrittenThere) {
+  tw::text_block block;
+  const std::string key("sec\0ret", 7);
+  for (const char *fresh : {"replaced", static_cast<const char *>(nullptr)}) {
+    tw::secret text;
+    tw::text neighbour;
+    ASSERT_TRUE(text.assign(key.data(), key.size(), &block));
+    ASSERT_TRUE(neighbour.assign("stays", 5, &block));
+    const char *place = text.c_str();
+    EXPECT_EQ(key, std::string(place, key.size()));
+    ASSERT_TRUE(text.set(fresh));
+    EXPECT_EQ(std::string(8, '\0'), std::string(place, 8));
+    EXPECT_STREQ("stays", neighbour.c_str());
   }
-  EXPECT_STREQ("secret", text.c_str());
+}
+
+TEST(TextBlock, HoldsLongTextsInThePieceThatWasAskedFor) {
+  tw::text_block block;
+  ASSERT_TRUE(block.reserve(5005));
+  char *first = block.take(5000);
+  ASSERT_NE(nullptr, first);
+  EXPECT_EQ(first + 5000, block.take(5));
+  EXPECT_EQ(nullptr, block.take(257));
+  EXPECT_NE(nullptr, block.take(256));
+  EXPECT_EQ(nullptr, block.take(257));
+}
+
+TEST(TextBlock, BeginsAnewWhenItIsCleared) {
+  tw::text_block block;
+  ASSERT_TRUE(block.reserve(5000));
+  block.clear();
+  EXPECT_EQ(nullptr, block.take(5000));
+  EXPECT_NE(nullptr, block.take(5));
 }
 
 TEST(TextInABlock, OutlivesItWhenItMovesOut) {

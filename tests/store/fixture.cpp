@@ -38,7 +38,14 @@ cfg *StoreTest::open_place(const std::string &place) {
 
 cfg *StoreTest::another_handle() { return open_place(place_); }
 
-cfg *StoreTest::another_store() { return open_place(directory_ + "/store" + std::to_string(++places_)); }
+cfg *StoreTest::another_store() {
+  const std::string place = directory_ + "/store" + std::to_string(++places_);
+  cfg *handle = open_place(place);
+  others_[handle] = place;
+  return handle;
+}
+
+cfg *StoreTest::another_handle_of(cfg *other) { return open_place(others_.at(other)); }
 
 void StoreTest::close_handle(cfg *handle) {
   handles_.erase(std::remove(handles_.begin(), handles_.end(), handle), handles_.end());

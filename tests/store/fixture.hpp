@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <twconfig.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,8 @@ class StoreTest : public ::testing::TestWithParam<EngineKind> {
   void reopen();
   // An empty store of the same engine elsewhere; closed with the test.
   cfg *another_store();
+  // One more handle on one of those.
+  cfg *another_handle_of(cfg *other);
 
   std::string path_;       // of the LMDB store; unset for memory
   std::string directory_;  // the test's own, removed with it
@@ -32,6 +35,7 @@ class StoreTest : public ::testing::TestWithParam<EngineKind> {
   cfg *open_place(const std::string &place);
   std::string place_;
   std::vector<cfg *> handles_;
+  std::map<cfg *, std::string> others_;  // where those of another_store() are
   int places_ = 0;
 };
 

@@ -211,3 +211,18 @@ TEST_P(NavigationTest, TheWholeTreeIsConsistent) {
   // The root, 3 maps, "mtu", the list, 3 entries each with "name".
   EXPECT_EQ(check_tree(store).size(), 12U);
 }
+
+TEST_P(NavigationTest, ExpectingAnElementChangesNothing) {
+  const std::string before = dump(store);
+  const cfg_code code = cfg_error_code(store);
+  std::vector<std::string> ids = {"", "{", "{nobody}", "nodes-99", "no such ID", std::string(5000, 'x')};
+  for (const auto &[id, kind] : check_tree(store)) ids.push_back(id);
+  for (int turn = 0; turn < 3; ++turn)
+    for (const std::string &id : ids)
+      for (int call = 0; call <= turn; ++call) cfg_expect(store, id.c_str());
+  cfg_expect(store, nullptr);
+  cfg_expect(nullptr, "nodes-1");
+  EXPECT_EQ(cfg_error_code(store), code);
+  EXPECT_EQ(cfg_has_changes(store), 0);
+  EXPECT_EQ(dump(store), before);
+}

@@ -133,6 +133,11 @@ TEST_P(DirectoryTest, AReadOnlyHandleRefusesChanges) {
   EXPECT_TRUE(failed_with(reader, cfg_map_set_int(reader, cfg_root(reader), "x", 1), CFG_E_READ_ONLY));
   EXPECT_TRUE(
       failed_with(reader, cfg_delete_element(reader, cfg_get_by_id(reader, "nodes-1")), CFG_E_READ_ONLY));
+  const cfg_content content = {CFG_STRING, 0, "x", 1, nullptr, nullptr};
+  EXPECT_TRUE(failed_with(reader,
+                          cfg_append_content(reader, cfg_get_by_id(reader, "nodes"), &content) != nullptr,
+                          CFG_E_READ_ONLY));
+  EXPECT_TRUE(failed_with(reader, cfg_put_content(reader, cfg_root(reader), "x", &content), CFG_E_READ_ONLY));
   EXPECT_EQ(cfg_set_list(reader, cfg_get_by_path(reader, "nodes")), nullptr);
   EXPECT_EQ(cfg_error_code(reader), CFG_E_READ_ONLY);
   EXPECT_EQ(cfg_has_changes(reader), 0);

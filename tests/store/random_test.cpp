@@ -2,6 +2,7 @@
 // commits and reopening in between; the two must never differ.
 #include "fixture.hpp"
 #include "model.hpp"
+#include "recipe.hpp"
 #include "tree.hpp"
 
 #include <random>
@@ -109,8 +110,58 @@ class Worker {
         return elem;
     }
   }
+  // The content of a new element, and the same in the model.
+  Recipe recipe_of(ModelNode &node, int depth) {
+    switch (below(depth > 2 ? 2 : 5)) {
+      case 0:
+        node.kind = CFG_STRING;
+        node.text = random_text();
+        return text(node.text);
+      case 1:
+        node.kind = CFG_REFERENCE;
+        node.text = "target-" + std::to_string(below(20));
+        return refer(node.text);
+      case 2: {
+        node.kind = CFG_LIST;
+        std::vector<Recipe> entries;
+        for (unsigned i = below(4); i > 0; --i)
+          entries.push_back(recipe_of(node.children.emplace_back(), depth + 1));
+        return list_of(std::move(entries));
+      }
+      default: {
+        node.kind = CFG_MAP;
+        std::vector<std::pair<std::string, Recipe>> values;
+        for (const char *key : {"name", "x.y", "p_q", "a", "b"}) {
+          if (below(2) == 0) continue;
+          ModelNode value;
+          values.emplace_back(key, may_hold(key) ? recipe_of(value, depth + 1) : scalar_of(value));
+          node.put(key, std::move(value));
+        }
+        return map_of(std::move(values));
+      }
+    }
+  }
+  // As for container_key().
+  static bool may_hold(const std::string &key) { return key.size() == 1; }
+  Recipe scalar_of(ModelNode &value) {
+    if (below(2) == 0) {
+      value.kind = CFG_BLOB;
+      value.text = random_text();
+      return blob(value.text);
+    }
+    value.kind = CFG_INT;
+    value.number = static_cast<std::int32_t>(random_());
+    return integer(value.number);
+  }
+
   void append(cfg_elem *list, ModelNode &node, int depth) {
     ModelNode entry;
+    if (below(3) == 0) {
+      const Recipe recipe = recipe_of(entry, depth);
+      ASSERT_NE(cfg_append_content(store_, list, Content(recipe)), nullptr) << cfg_error_text(store_);
+      node.pending.push_back(std::move(entry));
+      return;
+    }
     cfg_elem *elem = make(entry, depth);
     if (below(4) == 0) {
       ASSERT_EQ(cfg_add_listelem(store_, list, elem), 1) << cfg_error_text(store_);
@@ -122,8 +173,14 @@ class Worker {
   }
   void attach_new(cfg_elem *map, ModelNode &node, int depth) {
     ModelNode value;
-    cfg_elem *elem = make(value, depth);
     std::string key = container_key();
+    if (below(4) == 0) {
+      const Recipe recipe = recipe_of(value, depth);
+      ASSERT_EQ(cfg_put_content(store_, map, key.c_str(), Content(recipe)), 1) << cfg_error_text(store_);
+      node.put(key, std::move(value));
+      return;
+    }
+    cfg_elem *elem = make(value, depth);
     ASSERT_EQ(cfg_add_mapelem(store_, map, key.c_str(), elem), 1) << cfg_error_text(store_);
     node.put(key, std::move(value));
   }

@@ -15,6 +15,7 @@ using allocation::with_refusals;
 
 extern const std::span<const Case> store_cases;
 extern const std::span<const Case> element_cases;
+extern const std::span<const Case> content_cases;
 extern const std::span<const Case> layout_cases;
 extern const std::span<const Case> read_cases;
 extern const std::span<const Case> condition_cases;

@@ -68,6 +68,16 @@ void by_id(EngineKind engine) {
   }
 }
 
+// It never fails: what is looked up behind it must not notice it.
+void expect_element(EngineKind engine) {
+  const auto call = [](World &w) {
+    for (int turn = 0; turn < 2; ++turn) cfg_expect(w.store, "nodes-6");
+    return cfg_get_by_id(w.store, "nodes-6");
+  };
+  sweep(engine, call, element);
+  sweep(engine, call, element, with("nodes-6"));
+}
+
 void by_ids(EngineKind engine) {
   static const char *const ids[] = {"nodes-3", "no such ID", "nodes-1", "labels-1"};
   sweep(
@@ -425,6 +435,7 @@ const Case rows[] = {
     {"cfg_elem_kind", kind},
     {"cfg_elem_uuid", uuid},
     {"cfg_get_by_id", by_id},
+    {"cfg_expect", expect_element},
     {"cfg_get_by_ids", by_ids},
     {"cfg_get_by_path", by_path},
     {"cfg_get_child_by_path", child_by_path},

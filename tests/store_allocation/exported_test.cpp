@@ -15,8 +15,8 @@ namespace {
 
 std::vector<Case> all() {
   std::vector<Case> rows;
-  for (const auto header :
-       {store_cases, element_cases, layout_cases, read_cases, condition_cases, message_cases, transfer_cases})
+  for (const auto header : {store_cases, element_cases, content_cases, layout_cases, read_cases,
+                            condition_cases, message_cases, transfer_cases})
     rows.insert(rows.end(), header.begin(), header.end());
   return rows;
 }

@@ -21,6 +21,7 @@
 #define TWCONFIG_H
 
 #include <twconfig/condition.h>
+#include <twconfig/content.h>
 #include <twconfig/element.h>
 #include <twconfig/layout.h>
 #include <twconfig/message.h>

@@ -30,6 +30,12 @@ CFG_API cfg_elem *cfg_get_child_by_path(cfg *store, cfg_elem *elem, const char *
 /** The element with this ID (final or provisional), or NULL; a NULL ID gives NULL. */
 CFG_API cfg_elem *cfg_get_by_id(cfg *store, const char *id) CFG_NOEXCEPT;
 /**
+ * Says that the element with this ID will be asked for soon, so that the processor can fetch it meanwhile. A
+ * first call fetches the way to the element, a second one, some work later, the element. It changes nothing
+ * but the time that it takes; it never fails, and whether there is such an element is not looked at.
+ */
+CFG_API void cfg_expect(cfg *store, const char *id) CFG_NOEXCEPT;
+/**
  * The elements of `count` IDs, in order, in a heap array that ends with NULL and is freed by the caller (not
  * the elements). IDs that name nothing are left out. NULL on failure.
  */
