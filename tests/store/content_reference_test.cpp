@@ -260,6 +260,19 @@ TEST_P(ContentReferenceTest, ToWhatOnlyLooksLikeANewElement) {
        referring_to({std::string(4096, 'r')})});
 }
 
+// Nothing is found behind such an ID; looking for it must not disturb a record that is yet to be written.
+TEST_P(ContentReferenceTest, ToWhatOnlyBeginsLikeANewElement) {
+  both([](const Filler &filler) {
+    const std::string cert = text_of(filler.append("certs", target("c")));
+    const std::string node = text_of(filler.append("nodes", target("n")));
+    for (const char *tail : {"x", "_list-1", "-1", "{", "}"}) {
+      ASSERT_NE(filler.append("nodes", referring_to({cert + tail})), nullptr);
+      ASSERT_NE(filler.append("certs", referring_to({node + tail})), nullptr);
+    }
+  });
+  commit_both();
+}
+
 TEST_P(ContentReferenceTest, ToElementsOfAnEarlierEdit) {
   both([](const Filler &filler) {
     cfg_elem *entry = filler.append("certs", target("early"));
