@@ -39,6 +39,17 @@ TEST(TextBlock, GivesPlacesForPointersThatAreAligned) {
   }
 }
 
+TEST(TextBlock, TakesNothingBehindItsPieces) {
+  tw::text_block block;
+  char *last = nullptr;
+  for (int i = 0; i < 4; ++i) {
+    char *place = block.take(256);
+    if (last) EXPECT_EQ(last + 256, place);
+    last = place;
+  }
+  EXPECT_NE(last + 256, block.take(1));
+}
+
 TEST(TextBlock, TakesNoLongTexts) {
   tw::text_block block;
   EXPECT_NE(nullptr, block.take(256));
@@ -72,6 +83,8 @@ TEST(TextInABlock, IsHandedOnWithItsMemory) {
   EXPECT_EQ(place, second.c_str());
   const tw::text third(std::move(second));
   EXPECT_EQ(place, third.c_str());
+  EXPECT_TRUE(second.move_out());  // NOLINT: nothing is left in it
+  EXPECT_EQ(nullptr, second.c_str());
 }
 
 TEST(TextInABlock, IsTooLongForItAndStandsAlone) {

@@ -191,6 +191,26 @@ TEST_P(ContentReferenceTest, ToItselfFromTheStart) {
   }
 }
 
+// The provisional IDs take three times the room of the final ones: all of them together do not fit into a
+// record for which the final ones are small enough.
+TEST_P(ContentReferenceTest, ToOneNewElementThousandsOfTimes) {
+  const auto filled = [](std::size_t maps, const Recipe &value) {
+    std::vector<std::pair<std::string, Recipe>> inner, outer;
+    for (int i = 0; i < 60; ++i) inner.emplace_back("to " + std::to_string(i), value);
+    for (std::size_t i = 0; i < maps; ++i) outer.emplace_back("map " + std::to_string(i), map_of(inner));
+    return map_of(outer);
+  };
+  for (const std::size_t maps : {20U, 30U, 38U}) {
+    SCOPED_TRACE(maps);
+    both([&](const Filler &filler) {
+      const std::string id = text_of(filler.append("certs", named("c")));
+      ASSERT_NE(filler.append("nodes", filled(maps, refer(id))), nullptr);
+    });
+    expect_alike();
+    commit_both();
+  }
+}
+
 TEST_P(ContentReferenceTest, ToFinalIdsOfEveryLength) {
   both([](const Filler &filler) {
     cfg_elem *map = filler.at("map");
