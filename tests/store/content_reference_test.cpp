@@ -260,7 +260,7 @@ TEST_P(ContentReferenceTest, ToElementsThatNeverGetAnId) {
     const std::string loose = text_of(cfg_new_map(filler.store));
     cfg_elem *deleted = filler.append("certs", target("deleted"));
     const std::string gone = text_of(deleted);
-    ASSERT_NE(filler.append("nodes", referring_to({loose, gone, gone + ".key"})), nullptr);
+    ASSERT_NE(filler.append("nodes", referring_to({loose, gone, gone + ".key", loose + ".key"})), nullptr);
     ASSERT_NE(filler.append("certs", referring_to({gone})), nullptr);
     ASSERT_EQ(cfg_delete_element(filler.store, deleted), 1);
     ASSERT_NE(filler.append("certs", referring_to({loose})), nullptr);
@@ -268,6 +268,7 @@ TEST_P(ContentReferenceTest, ToElementsThatNeverGetAnId) {
     EXPECT_EQ(reference_at(filler.store, filler.at("nodes-3"), "to 0"), loose);
     EXPECT_EQ(reference_at(filler.store, filler.at("nodes-3"), "to 1"), gone);
     EXPECT_EQ(reference_at(filler.store, filler.at("nodes-3"), "to 2"), gone + ".key");
+    EXPECT_EQ(reference_at(filler.store, filler.at("nodes-3"), "to 3"), loose + ".key");
     EXPECT_EQ(reference_at(filler.store, filler.at("certs-1"), "to 0"), gone);
     EXPECT_EQ(reference_at(filler.store, filler.at("certs-2"), "to 0"), loose);
     EXPECT_EQ(cfg_verify(filler.store, nullptr, nullptr), 1);
@@ -285,12 +286,19 @@ TEST_P(ContentReferenceTest, ToWhatOnlyBeginsLikeANewElement) {
   both([](const Filler &filler) {
     const std::string cert = text_of(filler.append("certs", target("c")));
     const std::string node = text_of(filler.append("nodes", target("n")));
+    std::vector<std::string> ids;
     for (const char *tail : {"x", "_list-1", "-1", "{", "}"}) {
-      ASSERT_NE(filler.append("nodes", referring_to({cert + tail})), nullptr);
+      ids.push_back(cert + tail);
+      ASSERT_NE(filler.append("nodes", referring_to({ids.back()})), nullptr);
       ASSERT_NE(filler.append("certs", referring_to({node + tail})), nullptr);
     }
+    ASSERT_TRUE(commits(filler.store));
+    for (std::size_t i = 0; i < ids.size(); ++i)
+      EXPECT_EQ(reference_at(filler.store, filler.at(("nodes-" + std::to_string(4 + i)).c_str()), "to 0"),
+                ids[i]);
   });
-  commit_both();
+  expect_alike();
+  check_tree(store);
 }
 
 TEST_P(ContentReferenceTest, ToElementsOfAnEarlierEdit) {
@@ -307,6 +315,17 @@ TEST_P(ContentReferenceTest, ToElementsOfAnEarlierEdit) {
   });
   commit_both();
   EXPECT_EQ(reference_at(store, whole.at("nodes-3"), "to 1"), "certs-1.key");
+}
+
+TEST_P(ContentReferenceTest, ToPlacesThatWereFoundBeforeTheirCommit) {
+  both([](const Filler &filler) {
+    const std::string place = std::string(text_of(filler.append("certs", target("early")))) + ".key";
+    ASSERT_NE(filler.at(place.c_str()), nullptr);
+    ASSERT_TRUE(commits(filler.store));
+    ASSERT_NE(filler.append("nodes", referring_to({place})), nullptr);
+  });
+  commit_both();
+  EXPECT_EQ(reference_at(store, whole.at("nodes-3"), "to 0"), "certs-1.key");
 }
 
 TEST_P(ContentReferenceTest, TextsThatLookLikeNewElementsAreLeftAlone) {
