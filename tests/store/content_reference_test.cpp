@@ -319,13 +319,16 @@ TEST_P(ContentReferenceTest, ToElementsOfAnEarlierEdit) {
 
 TEST_P(ContentReferenceTest, ToPlacesThatWereFoundBeforeTheirCommit) {
   both([](const Filler &filler) {
-    const std::string place = std::string(text_of(filler.append("certs", target("early")))) + ".key";
-    ASSERT_NE(filler.at(place.c_str()), nullptr);
+    cfg_elem *entry = filler.append("certs", target("early"));
+    std::vector<std::string> ids = ids_in(cfg_simple_get_mapelem(filler.store, entry, "list"));
+    ids.push_back(std::string(text_of(entry)) + ".key");
+    ASSERT_NE(filler.at(ids.back().c_str()), nullptr);
     ASSERT_TRUE(commits(filler.store));
-    ASSERT_NE(filler.append("nodes", referring_to({place})), nullptr);
+    ASSERT_NE(filler.append("nodes", referring_to(ids)), nullptr);
   });
   commit_both();
-  EXPECT_EQ(reference_at(store, whole.at("nodes-3"), "to 0"), "certs-1.key");
+  EXPECT_EQ(reference_at(store, whole.at("nodes-3"), "to 1"), "certs-1_list-2");
+  EXPECT_EQ(reference_at(store, whole.at("nodes-3"), "to 3"), "certs-1.key");
 }
 
 TEST_P(ContentReferenceTest, TextsThatLookLikeNewElementsAreLeftAlone) {
