@@ -41,13 +41,9 @@ TEST(TextBlock, GivesPlacesForPointersThatAreAligned) {
 
 TEST(TextBlock, TakesNothingBehindItsPieces) {
   tw::text_block block;
-  char *last = nullptr;
-  for (int i = 0; i < 4; ++i) {
-    char *place = block.take(256);
-    if (last) EXPECT_EQ(last + 256, place);
-    last = place;
-  }
-  EXPECT_NE(last + 256, block.take(1));
+  char *const first = block.take(256);
+  for (int i = 1; i < 4; ++i) EXPECT_EQ(first + i * 256, block.take(256));
+  EXPECT_NE(first + 4 * 256, block.take(1));
 }
 
 TEST(TextBlock, TakesNoLongTexts) {
