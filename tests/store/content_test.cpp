@@ -112,10 +112,16 @@ TEST_P(ContentTest, AbsentKeysAreNotThere) {
 
 TEST_P(ContentTest, OneKeySetWithDifferentAbsencesInOneEdit) {
   std::vector<Recipe> recipes;
-  for (unsigned present = 0; present < 16; ++present) {
-    Recipe map =
-        map_of({{"a", text("a")}, {"b", integer(2)}, {"c", list_of({text("c")})}, {"d", named("d")}});
-    for (unsigned i = 0; i < 4; ++i)
+  // More than the store remembers.
+  for (unsigned present = 0; present < 128; ++present) {
+    Recipe map = map_of({{"a", text("a")},
+                         {"b", integer(2)},
+                         {"c", list_of({text("c")})},
+                         {"d", named("d")},
+                         {"e", boolean(true)},
+                         {"f", blob("f")},
+                         {"g", list_of({named("g")})}});
+    for (unsigned i = 0; i < map.items.size(); ++i)
       if ((present >> i & 1) == 0) map.items[i] = {};
     recipes.push_back(std::move(map));
   }
