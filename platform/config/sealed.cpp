@@ -151,7 +151,7 @@ const ContentForm *Seals::form_of(Store &store, const cfg_content &map) {
   }
   if (known.content_forms.size() >= kMaxForms) return nullptr;
   make_form(store, known.names, present, nested);
-  known.content_forms.push_back(&forms_.back());
+  known.content_forms.push_back(forms_.back().get());
   return known.content_forms.back();
 }
 
@@ -185,7 +185,7 @@ void Seals::make_form(Store &store, const std::vector<const KeyName *> &names, s
   used_.resize(shapes_.size());
   while (numbers_.size() < shapes_.size())
     numbers_.push_back(guess_number(store, shapes_[static_cast<std::uint32_t>(numbers_.size())].keys()));
-  forms_.push_back(std::move(form));
+  forms_.push_back(std::make_unique<const ContentForm>(std::move(form)));
 }
 
 std::uint32_t Seals::guess_number(Store &store, const std::vector<const KeyName *> &keys) {

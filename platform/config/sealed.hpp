@@ -12,7 +12,7 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
+#include <memory>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -96,8 +96,8 @@ class Seals {
   std::uint32_t target_next_ = 0;
   std::uint32_t target_length_ = 0;
 
-  Arena notes_{Contents::plain};   // what is kept of each record besides its bytes
-  std::deque<ContentForm> forms_;  // where they stay: key sets remember them
+  Arena notes_{Contents::plain};                           // what is kept of each record besides its bytes
+  std::vector<std::unique_ptr<const ContentForm>> forms_;  // key sets point to them
 
   RecordBuffer records_;
   RecordWriter writer_;
