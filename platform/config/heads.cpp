@@ -215,9 +215,21 @@ Head *born_head(Store &store, std::string_view id) {
   return id == head->id() ? head : nullptr;
 }
 
+// A provisional ID in two: that of a new element, and the keys below it that follow. An ID that goes on in
+// another way names nothing.
+struct NewId {
+  explicit NewId(std::string_view id) {
+    const std::size_t end = std::min(id.find('}'), id.size() - 1) + 1;
+    if (end < id.size() && id[end] != '.') return;
+    element = id.substr(0, end);
+    tail = id.substr(end);
+  }
+  std::string_view element, tail;
+};
+
 Head *born_by_id(Store &store, std::string_view id) {
-  const std::size_t end = std::min(id.find('}'), id.size() - 1) + 1;
-  return below(bound(born_head(store, id.substr(0, end))), id.substr(end));
+  const NewId parts(id);
+  return below(bound(born_head(store, parts.element)), parts.tail);
 }
 
 }  // namespace
@@ -301,11 +313,9 @@ Head *bound(Head *head) {
 }
 
 NewPlace new_place(Store &store, std::string_view id) {
-  const std::size_t end = std::min(id.find('}'), id.size() - 1) + 1;
-  const std::string_view tail = id.substr(end);
-  const Head *head =
-      tail.empty() || tail.front() == '.' ? alive(born_head(store, id.substr(0, end))) : nullptr;
-  return head != nullptr && head->born ? NewPlace{head->node, tail} : NewPlace{};
+  const NewId parts(id);
+  const Head *head = alive(born_head(store, parts.element));
+  return head != nullptr && head->born ? NewPlace{head->node, parts.tail} : NewPlace{};
 }
 
 Head *bound(cfg_elem *elem) { return elem == nullptr ? nullptr : bound(Head::of(elem)); }

@@ -9,8 +9,9 @@
 namespace twcfg {
 namespace {
 
-// What is larger is kept as nodes.
+// What is larger is kept as nodes, and what comes in more forms: they are looked through for each map.
 constexpr std::size_t kMaxSealed = 0x8000;
+constexpr std::size_t kMaxForms = 64;
 
 std::string_view data_of(const cfg_content &content) { return {content.data, content.length}; }
 
@@ -45,17 +46,17 @@ MapNode *Seals::seal(Store &store, const cfg_content &content) {
   sealed->links = kept(notes_, links_);
   sealed->bytes = records_.keep();
   node->sealed = sealed;
+  for (const Sealed::Mark &mark : sealed->marks) used_[mark.shape] = true;
   return node;
 }
 
 // `inner` is a map below a key: the lists in it would have to be held against those of its owner by name.
 bool Seals::map(Store &store, const cfg_content &content, bool inner) {
-  if (content.keys->count > kMaxShapeKeys) return false;
-  const ContentForm &form = form_of(store, content);
-  if (!form.closed) return false;
-  marks_.push_back({static_cast<std::uint32_t>(writer_.size()), form.shape});
-  const std::size_t first = writer_.map(kTagMap, numbers_[form.shape], form.places.size());
-  for (const ContentForm::Place &place : form.places) {
+  const ContentForm *form = form_of(store, content);
+  if (form == nullptr || !form->closed) return false;
+  marks_.push_back({static_cast<std::uint32_t>(writer_.size()), form->shape});
+  const std::size_t first = writer_.map(kTagMap, numbers_[form->shape], form->places.size());
+  for (const ContentForm::Place &place : form->places) {
     const cfg_content &item = content.items[place.item];
     if (inner && item.kind == CFG_LIST) return false;
     if (!value(store, item, first + place.slot * writer_.width(), true)) return false;
@@ -130,8 +131,9 @@ std::uint32_t Seals::guess_length(Store &store, std::string_view id) {
   return target_length_ + static_cast<std::uint32_t>(std::to_string(last).size() + place.tail.size());
 }
 
-const ContentForm &Seals::form_of(Store &store, const cfg_content &map) {
+const ContentForm *Seals::form_of(Store &store, const cfg_content &map) {
   const cfg_keyset &set = *map.keys;
+  if (set.count > kMaxShapeKeys) return nullptr;
   std::uint64_t present = 0;
   std::uint64_t nested = 0;
   for (std::size_t i = 0; i < set.count; ++i) {
@@ -145,11 +147,12 @@ const ContentForm &Seals::form_of(Store &store, const cfg_content &map) {
     known.content_edit = edit_;
   }
   for (const ContentForm *form : known.content_forms) {
-    if (form->present == present && form->nested == nested) return *form;
+    if (form->present == present && form->nested == nested) return form;
   }
+  if (known.content_forms.size() >= kMaxForms) return nullptr;
   make_form(store, known.names, present, nested);
-  known.content_forms.push_back(&forms_.back());
-  return forms_.back();
+  known.content_forms.push_back(forms_.back().get());
+  return known.content_forms.back();
 }
 
 void Seals::make_form(Store &store, const std::vector<const KeyName *> &names, std::uint64_t present,
@@ -165,7 +168,8 @@ void Seals::make_form(Store &store, const std::vector<const KeyName *> &names, s
   keys.reserve(sorted.size());
   for (const std::uint16_t item : sorted) keys.push_back(names[item]);
 
-  // Two lists whose entries would be named alike are for the commit to refuse.
+  // Plain values in front, as Packer::map() has them. Two lists whose entries would be named alike are for
+  // the commit to refuse.
   std::vector<std::string_view> flat;
   for (const bool behind : {false, true}) {
     for (std::size_t slot = 0; slot < sorted.size(); ++slot) {
@@ -178,9 +182,10 @@ void Seals::make_form(Store &store, const std::vector<const KeyName *> &names, s
   form.closed = std::adjacent_find(flat.begin(), flat.end()) == flat.end();
 
   form.shape = shapes_.own(keys).number();
+  used_.resize(shapes_.size());
   while (numbers_.size() < shapes_.size())
     numbers_.push_back(guess_number(store, shapes_[static_cast<std::uint32_t>(numbers_.size())].keys()));
-  forms_.push_back(std::move(form));
+  forms_.push_back(std::make_unique<const ContentForm>(std::move(form)));
 }
 
 std::uint32_t Seals::guess_number(Store &store, const std::vector<const KeyName *> &keys) {
@@ -197,6 +202,7 @@ std::uint32_t Seals::guess_number(Store &store, const std::vector<const KeyName 
 void Seals::settle(Plan &plan) {
   spelled_ = false;
   for (std::uint32_t shape = 0; shape < numbers_.size(); ++shape) {
+    if (!used_[shape]) continue;
     const std::uint32_t number = plan.shape_of(shapes_[shape].keys());
     if (number >= kMaxShapes) spelled_ = true;
     if (numbers_[shape] == number) continue;

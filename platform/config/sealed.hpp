@@ -12,7 +12,7 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
+#include <memory>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -71,7 +71,8 @@ class Seals {
   std::string_view finish(Plan &plan, const Sealed &sealed) const;
 
  private:
-  const ContentForm &form_of(::cfg &store, const cfg_content &map);
+  // How a map is put down; NULL when it is better kept as nodes.
+  const ContentForm *form_of(::cfg &store, const cfg_content &map);
   void make_form(::cfg &store, const std::vector<const KeyName *> &names, std::uint64_t present,
                  std::uint64_t nested);
   std::uint32_t guess_number(::cfg &store, const std::vector<const KeyName *> &keys);
@@ -85,6 +86,7 @@ class Seals {
   // The shapes of sealed maps under the edit's own numbers, and the number that each has in the records.
   Shapes shapes_;
   std::vector<std::uint32_t> numbers_;
+  std::vector<bool> used_;  // whether a record has them
   std::uint32_t next_guess_ = 0;
   bool guessing_ = false;        // whether `next_guess_` is one
   bool guesses_failed_ = false;  // numbers have changed since records were put down with them
@@ -94,8 +96,8 @@ class Seals {
   std::uint32_t target_next_ = 0;
   std::uint32_t target_length_ = 0;
 
-  Arena notes_{Contents::plain};   // what is kept of each record besides its bytes
-  std::deque<ContentForm> forms_;  // where they stay: key sets remember them
+  Arena notes_{Contents::plain};                           // what is kept of each record besides its bytes
+  std::vector<std::unique_ptr<const ContentForm>> forms_;  // key sets point to them
 
   RecordBuffer records_;
   RecordWriter writer_;

@@ -109,7 +109,9 @@ std::unique_ptr<cfg_node> tw::load_node(cfg *store, cfg_elem *elem) noexcept {
   auto record = elem ? new_view<node>(store) : nullptr;
   const bool loaded = record && take_uuid(record->uuid, elem, record->texts) &&
                       guarded([&] { return tw::load(common, *record, elem) && load_kind(*record, elem); });
-  return loaded && !memory.ran_short() ? std::move(record) : nullptr;
+  if (!loaded || memory.ran_short()) return nullptr;
+  record->certificate_id = nullptr;
+  return record;
 }
 
 cfg_node *cfg_get_node_by_id(cfg *store, const char *id) noexcept {

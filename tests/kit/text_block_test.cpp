@@ -39,6 +39,13 @@ TEST(TextBlock, GivesPlacesForPointersThatAreAligned) {
   }
 }
 
+TEST(TextBlock, TakesNothingBehindItsPieces) {
+  tw::text_block block;
+  char *const first = block.take(256);
+  for (int i = 1; i < 4; ++i) EXPECT_EQ(first + i * 256, block.take(256));
+  EXPECT_NE(first + 4 * 256, block.take(1));
+}
+
 TEST(TextBlock, TakesNoLongTexts) {
   tw::text_block block;
   EXPECT_NE(nullptr, block.take(256));
@@ -72,6 +79,8 @@ TEST(TextInABlock, IsHandedOnWithItsMemory) {
   EXPECT_EQ(place, second.c_str());
   const tw::text third(std::move(second));
   EXPECT_EQ(place, third.c_str());
+  EXPECT_TRUE(second.move_out());  // NOLINT: nothing is left in it
+  EXPECT_EQ(nullptr, second.c_str());
 }
 
 TEST(TextInABlock, IsTooLongForItAndStandsAlone) {

@@ -113,6 +113,16 @@ TEST(Secret, IsWipedBeyondANulInIt) {
   EXPECT_GE(wiped_bytes, 101U);
 }
 
+TEST(Secret, ThatTakesOverAHeapStringAfterABlocksIsWipedWhole) {
+  tw::text_block block;
+  secret s;
+  ASSERT_TRUE(s.assign("123", 3, &block));
+  s.adopt(strdup(std::string(100, 'x').c_str()));
+  wiped_bytes = 0;
+  s.clear();
+  EXPECT_GE(wiped_bytes, 101U);
+}
+
 TEST(Same, ComparesExactlyAndNullEqualsNothing) {
   EXPECT_TRUE(tw::same("abc", "abc"));
   EXPECT_FALSE(tw::same("abc", "Abc"));

@@ -222,6 +222,16 @@ TEST_P(ContentChangeTest, ListsThatWouldNameTheirEntriesAlikeAreRefused) {
                            map_of({{"a.b", map_of({{"c", entries}})}, {"a_b", map_of({{"d", entries}})}})});
 }
 
+TEST_P(ContentChangeTest, SuchListsAreRefusedUnderKeysThatHeldTextsBefore) {
+  both([](const Filler &filler) {
+    ASSERT_NE(filler.append("nodes", map_of({{"a.b", text("x")}, {"a_b", text("y")}})), nullptr);
+    ASSERT_NE(filler.append("nodes", map_of({{"a.b", text("x")}, {"a_b", list_of({text("y")})}})), nullptr);
+    ASSERT_NE(filler.append("nodes", map_of({{"a.b", list_of({text("x")})}, {"a_b", list_of({text("y")})}})),
+              nullptr);
+  });
+  expect_refused(CFG_E_ARGUMENT);
+}
+
 TEST_P(ContentChangeTest, ARefusedNameIsMendedInTheSameEdit) {
   both([](const Filler &filler) {
     ASSERT_NE(filler.append("nodes", node()), nullptr);

@@ -191,6 +191,26 @@ TEST_P(ContentReferenceTest, ToItselfFromTheStart) {
   }
 }
 
+// The provisional IDs take three times the room of the final ones: all of them together do not fit into a
+// record for which the final ones are small enough.
+TEST_P(ContentReferenceTest, ToOneNewElementThousandsOfTimes) {
+  const auto filled = [](std::size_t maps, const Recipe &value) {
+    std::vector<std::pair<std::string, Recipe>> inner, outer;
+    for (int i = 0; i < 60; ++i) inner.emplace_back("to " + std::to_string(i), value);
+    for (std::size_t i = 0; i < maps; ++i) outer.emplace_back("map " + std::to_string(i), map_of(inner));
+    return map_of(outer);
+  };
+  for (const std::size_t maps : {20U, 30U, 38U}) {
+    SCOPED_TRACE(maps);
+    both([&](const Filler &filler) {
+      const std::string id = text_of(filler.append("certs", named("c")));
+      ASSERT_NE(filler.append("nodes", filled(maps, refer(id))), nullptr);
+    });
+    expect_alike();
+    commit_both();
+  }
+}
+
 TEST_P(ContentReferenceTest, ToFinalIdsOfEveryLength) {
   both([](const Filler &filler) {
     cfg_elem *map = filler.at("map");
@@ -240,7 +260,7 @@ TEST_P(ContentReferenceTest, ToElementsThatNeverGetAnId) {
     const std::string loose = text_of(cfg_new_map(filler.store));
     cfg_elem *deleted = filler.append("certs", target("deleted"));
     const std::string gone = text_of(deleted);
-    ASSERT_NE(filler.append("nodes", referring_to({loose, gone, gone + ".key"})), nullptr);
+    ASSERT_NE(filler.append("nodes", referring_to({loose, gone, gone + ".key", loose + ".key"})), nullptr);
     ASSERT_NE(filler.append("certs", referring_to({gone})), nullptr);
     ASSERT_EQ(cfg_delete_element(filler.store, deleted), 1);
     ASSERT_NE(filler.append("certs", referring_to({loose})), nullptr);
@@ -248,6 +268,7 @@ TEST_P(ContentReferenceTest, ToElementsThatNeverGetAnId) {
     EXPECT_EQ(reference_at(filler.store, filler.at("nodes-3"), "to 0"), loose);
     EXPECT_EQ(reference_at(filler.store, filler.at("nodes-3"), "to 1"), gone);
     EXPECT_EQ(reference_at(filler.store, filler.at("nodes-3"), "to 2"), gone + ".key");
+    EXPECT_EQ(reference_at(filler.store, filler.at("nodes-3"), "to 3"), loose + ".key");
     EXPECT_EQ(reference_at(filler.store, filler.at("certs-1"), "to 0"), gone);
     EXPECT_EQ(reference_at(filler.store, filler.at("certs-2"), "to 0"), loose);
     EXPECT_EQ(cfg_verify(filler.store, nullptr, nullptr), 1);
@@ -258,6 +279,26 @@ TEST_P(ContentReferenceTest, ToWhatOnlyLooksLikeANewElement) {
   expect_alike_everywhere(
       {referring_to({"{", "{}", "{x}", "{x}.y", "{0123456789abcdef-1}", "{" + std::string(4095, 'x')}),
        referring_to({std::string(4096, 'r')})});
+}
+
+// Nothing is found behind such an ID; looking for it must not disturb a record that is yet to be written.
+TEST_P(ContentReferenceTest, ToWhatOnlyBeginsLikeANewElement) {
+  both([](const Filler &filler) {
+    const std::string cert = text_of(filler.append("certs", target("c")));
+    const std::string node = text_of(filler.append("nodes", target("n")));
+    std::vector<std::string> ids;
+    for (const char *tail : {"x", "_list-1", "-1", "{", "}"}) {
+      ids.push_back(cert + tail);
+      ASSERT_NE(filler.append("nodes", referring_to({ids.back()})), nullptr);
+      ASSERT_NE(filler.append("certs", referring_to({node + tail})), nullptr);
+    }
+    ASSERT_TRUE(commits(filler.store));
+    for (std::size_t i = 0; i < ids.size(); ++i)
+      EXPECT_EQ(reference_at(filler.store, filler.at(("nodes-" + std::to_string(4 + i)).c_str()), "to 0"),
+                ids[i]);
+  });
+  expect_alike();
+  check_tree(store);
 }
 
 TEST_P(ContentReferenceTest, ToElementsOfAnEarlierEdit) {
@@ -274,6 +315,20 @@ TEST_P(ContentReferenceTest, ToElementsOfAnEarlierEdit) {
   });
   commit_both();
   EXPECT_EQ(reference_at(store, whole.at("nodes-3"), "to 1"), "certs-1.key");
+}
+
+TEST_P(ContentReferenceTest, ToPlacesThatWereFoundBeforeTheirCommit) {
+  both([](const Filler &filler) {
+    cfg_elem *entry = filler.append("certs", target("early"));
+    std::vector<std::string> ids = ids_in(cfg_simple_get_mapelem(filler.store, entry, "list"));
+    ids.push_back(std::string(text_of(entry)) + ".key");
+    ASSERT_NE(filler.at(ids.back().c_str()), nullptr);
+    ASSERT_TRUE(commits(filler.store));
+    ASSERT_NE(filler.append("nodes", referring_to(ids)), nullptr);
+  });
+  commit_both();
+  EXPECT_EQ(reference_at(store, whole.at("nodes-3"), "to 1"), "certs-1_list-2");
+  EXPECT_EQ(reference_at(store, whole.at("nodes-3"), "to 3"), "certs-1.key");
 }
 
 TEST_P(ContentReferenceTest, TextsThatLookLikeNewElementsAreLeftAlone) {

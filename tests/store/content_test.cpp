@@ -112,10 +112,16 @@ TEST_P(ContentTest, AbsentKeysAreNotThere) {
 
 TEST_P(ContentTest, OneKeySetWithDifferentAbsencesInOneEdit) {
   std::vector<Recipe> recipes;
-  for (unsigned present = 0; present < 16; ++present) {
-    Recipe map =
-        map_of({{"a", text("a")}, {"b", integer(2)}, {"c", list_of({text("c")})}, {"d", named("d")}});
-    for (unsigned i = 0; i < 4; ++i)
+  // More than the store remembers.
+  for (unsigned present = 0; present < 128; ++present) {
+    Recipe map = map_of({{"a", text("a")},
+                         {"b", integer(2)},
+                         {"c", list_of({text("c")})},
+                         {"d", named("d")},
+                         {"e", boolean(true)},
+                         {"f", blob("f")},
+                         {"g", list_of({named("g")})}});
+    for (unsigned i = 0; i < map.items.size(); ++i)
       if ((present >> i & 1) == 0) map.items[i] = {};
     recipes.push_back(std::move(map));
   }
@@ -296,6 +302,28 @@ TEST_P(ContentTest, AKeySetReadsAndWrites) {
     EXPECT_STREQ(values[1].data, "2");
     EXPECT_EQ(values[2].number, 3);
   }
+}
+
+// The sets of a library that is loaded may stand where those of one stood that is unloaded.
+TEST_P(ContentTest, AnotherKeySetInThePlaceOfAKnownOne) {
+  static const char *const first[] = {"a", "b"}, *const second[] = {"c", "d", "e"},
+                           *const twice[] = {"f", "f"};
+  cfg_keyset set = {first, 2};
+  const cfg_content one{CFG_INT, 1, nullptr, 0, nullptr, nullptr};
+  const cfg_content items[] = {one, one, one};
+  const cfg_content content{CFG_MAP, 0, nullptr, 0, &set, items};
+  ASSERT_NE(cfg_append_content(store, whole.at("nodes"), &content), nullptr);
+  set.keys = second;
+  ASSERT_NE(cfg_append_content(store, whole.at("nodes"), &content), nullptr);
+  set.count = 3;
+  ASSERT_NE(cfg_append_content(store, whole.at("nodes"), &content), nullptr);
+  set = {twice, 2};
+  for (int round = 0; round < 2; ++round)
+    EXPECT_EQ(cfg_append_content(store, whole.at("nodes"), &content), nullptr);
+  ASSERT_TRUE(commits(store));
+  EXPECT_EQ(dump(store, whole.at("nodes-3")), "{'a':i1,'b':i1,}");
+  EXPECT_EQ(dump(store, whole.at("nodes-4")), "{'c':i1,'d':i1,}");
+  EXPECT_EQ(dump(store, whole.at("nodes-5")), "{'c':i1,'d':i1,'e':i1,}");
 }
 
 TEST_P(ContentTest, WhatIsGivenIsCopied) {

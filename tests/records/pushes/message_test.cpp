@@ -127,6 +127,18 @@ TEST_P(PushMessage, AnArgumentThatCannotBeWrittenAddsNothing) {
   EXPECT_EQ("[]", stored());
 }
 
+TEST_P(PushMessage, ArgumentsThatAreNotThereAddNothing) {
+  const char *const args[] = {"a", nullptr};
+  EXPECT_EQ(0, list.add(load_node(id).get(), 1, 2, args, "templates-3"));
+  EXPECT_EQ(0, list.add(load_node(id).get(), 1, 2, nullptr, "templates-3"));
+  EXPECT_EQ("[]", stored());
+}
+
+TEST_P(PushMessage, WithoutATemplateTheKeyIsAbsent) {
+  EXPECT_EQ(1, list.add(load_node(id).get(), 1, 0, nullptr, nullptr));
+  EXPECT_EQ("[+{argc=0 args=[] code=1}]", stored());
+}
+
 TEST_P(PushMessage, ADeletedMessageIsGoneFromTheStoreAndStaysInTheRecord) {
   const node_ctxt context = with_message(1, {});
   EXPECT_EQ(0, list.remove(context.get(), 1));

@@ -8,7 +8,8 @@ CFG_BEGIN
 
 /**
  * What an element is to hold, down to its last value. Everything that it points to is copied by the call that
- * it is given to.
+ * it is given to, but for its key sets: these stand in static storage, as those that maps are read with, and
+ * never change.
  */
 typedef struct cfg_content {
   cfg_kind kind;                   /**< in a map, CFG_NONE leaves the key absent */
