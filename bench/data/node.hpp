@@ -28,12 +28,10 @@ inline constexpr std::array<const char *, kNodeTexts> kNodeKeys = {
     "name",        "status",        "product",          "description", "bundle",
     "mac_address", "fhvpn_address", "firmware_version", "model",       "serial_number"};
 
-// The texts of a node's own authentication settings; each stands in the group of the same index ("" is the
-// auth map itself).
+// The texts of a node's own authentication settings: those of the auth map itself, and those of the groups in
+// it, "radius", "tacacs" and "ldap", each beginning where the one before it ends.
 inline constexpr std::size_t kAuthTexts = 16;
-inline constexpr std::array<const char *, kAuthTexts> kAuthGroups = {
-    "",       "",     "radius", "radius", "radius", "tacacs", "tacacs", "tacacs",
-    "tacacs", "ldap", "ldap",   "ldap",   "ldap",   "ldap",   "ldap",   "ldap"};
+inline constexpr std::array<std::size_t, 4> kAuthGroupBegins = {2, 5, 9, kAuthTexts};
 inline constexpr std::array<const char *, kAuthTexts> kAuthKeys = {
     "auth_method", "auth_type",         "authenticationServers",    "accountingServers",
     "password",    "password",          "authenticationServers",    "method",

@@ -39,9 +39,8 @@ constexpr cfg_keyset kAuthSet = keyset(kAuthMapKeys);
 constexpr cfg_keyset kNodeSet = {kAllNodeKeys.data(), kAllNodeKeys.size()};
 
 // The groups of authentication settings, each a part of kAuthKeys.
-constexpr std::size_t kFirstOfGroup[] = {2, 5, 9, kAuthTexts};
 constexpr cfg_keyset group_set(std::size_t group) {
-  return {kAuthKeys.data() + kFirstOfGroup[group], kFirstOfGroup[group + 1] - kFirstOfGroup[group]};
+  return {kAuthKeys.data() + kAuthGroupBegins[group], kAuthGroupBegins[group + 1] - kAuthGroupBegins[group]};
 }
 constexpr cfg_keyset kAuthGroupSets[] = {group_set(0), group_set(1), group_set(2)};
 
@@ -79,7 +78,7 @@ cfg_content NodeContent::list(const Items &items, Fill &&fill) {
 cfg_content NodeContent::auth_group(const Node &node, std::size_t group) {
   const cfg_keyset &keys = kAuthGroupSets[group];
   cfg_content *items = take(keys.count);
-  const std::string *texts = node.auth.data() + kFirstOfGroup[group];
+  const std::string *texts = node.auth.data() + kAuthGroupBegins[group];
   std::transform(texts, texts + keys.count, items, text_content);
   return {CFG_MAP, 0, nullptr, 0, &keys, items};
 }

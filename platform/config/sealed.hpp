@@ -3,7 +3,7 @@
 // Whoever imports appends entries by the ten thousand and looks at none of them again. Such an entry is put
 // down once, as the record that the commit will write, and stays sealed: its map has no items. It is opened,
 // which makes it what it would be if it had been built key by key, by the first one who asks for it through
-// its handle (bound() in heads.cpp). Its list, the commit log and the plan of a commit need not know.
+// its handle (bound() in heads.cpp). Its list, the commit log and what judges conflicts need not know.
 //
 // Two things are not known before the commit and are put into the record then, in place: the numbers of
 // shapes that the store does not have yet, and the final IDs of new elements that it refers to. For the
